@@ -1,0 +1,49 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# Provides the platform's interfaces as Platform::<pkg-config module>, whoever they come from:
+#
+#   NORIX_PLATFORM=device   the platform's own packages, found with pkg-config
+#   NORIX_PLATFORM=desktop  the folder platform/ of this project
+#   NORIX_PLATFORM=auto     device when its packages are there, desktop otherwise
+
+find_package(PkgConfig REQUIRED)
+
+set(norix_platform_modules
+    bundle
+    dlog
+    rpc-port
+    capi-appfw-app-common
+    capi-appfw-app-manager
+    capi-appfw-application
+    capi-appfw-service-application)
+
+# Finds one pkg-config module and names it Platform::<module>.
+function(norix_import_module module)
+  string(MAKE_C_IDENTIFIER "norix_${module}" prefix)
+  pkg_check_modules(${prefix} REQUIRED IMPORTED_TARGET GLOBAL ${module})
+  add_library(Platform::${module} ALIAS PkgConfig::${prefix})
+endfunction()
+
+norix_import_module(ecore)
+
+if(NORIX_PLATFORM STREQUAL "auto")
+  pkg_check_modules(norix_device QUIET ${norix_platform_modules})
+  if(norix_device_FOUND)
+    set(norix_platform device)
+  else()
+    set(norix_platform desktop)
+  endif()
+elseif(NORIX_PLATFORM MATCHES "^(device|desktop)$")
+  set(norix_platform ${NORIX_PLATFORM})
+else()
+  message(FATAL_ERROR "NORIX_PLATFORM is '${NORIX_PLATFORM}': give auto, device or desktop")
+endif()
+message(STATUS "The platform's interfaces come from: ${norix_platform}")
+
+if(norix_platform STREQUAL "device")
+  foreach(module IN LISTS norix_platform_modules)
+    norix_import_module(${module})
+  endforeach()
+else()
+  add_subdirectory(${PROJECT_SOURCE_DIR}/platform ${PROJECT_BINARY_DIR}/platform)
+endif()

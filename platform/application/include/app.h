@@ -1,0 +1,75 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+#ifndef APP_H
+#define APP_H
+
+/**
+ * @file app.h
+ * @brief The main function and the life cycle of an application with a window.
+ */
+
+#include <app_common.h>
+#include <app_control.h>
+#include <stdbool.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/**
+ * @brief Called before the loop begins, with Ecore set up.
+ * @return True to go on, false to end the application: no other callback is called then
+ */
+typedef bool (*app_create_cb)(void *user_data);
+/** @brief Called after the loop has ended, with Ecore still there. */
+typedef void (*app_terminate_cb)(void *user_data);
+/** @brief Called when the application's window is no longer seen. */
+typedef void (*app_pause_cb)(void *user_data);
+/** @brief Called when the application's window comes into view. */
+typedef void (*app_resume_cb)(void *user_data);
+/** @brief Called for the launch. The handle is lent until the callback returns. */
+typedef void (*app_control_cb)(app_control_h app_control, void *user_data);
+
+/** @brief An application's callbacks. Those that it does not need are null. */
+typedef struct {
+  app_create_cb create;
+  app_terminate_cb terminate;
+  app_pause_cb pause;
+  app_resume_cb resume;
+  app_control_cb app_control;
+} ui_app_lifecycle_callback_s;
+
+/**
+ * @brief Runs the application: returns when it has ended.
+ * @details The order is create, app_control, resume, the loop, pause, terminate. There is no window
+ *          on a desktop that could be covered: resume and pause are called once.
+ *          The loop is Ecore's, set up before create and gone when this returns. It ends with
+ *          ui_app_exit(), or with the signals SIGTERM, SIGINT and SIGQUIT. An exception thrown by a
+ *          callback passes through: terminate is not called then, and Ecore is shut down.
+ * @remarks Call it on the main thread. Once it has returned it may be called again.
+ * @param[in] argc       The number of arguments, at least 1
+ * @param[in] argv       The arguments
+ * @param[in] callback   What to call, copied; only create must be there
+ * @param[in] user_data  Given to the callbacks unchanged
+ * @return 0 when the application has ended, otherwise a negative error value
+ * @retval #APP_ERROR_NONE               The application has ended, also when create returned false
+ * @retval #APP_ERROR_INVALID_PARAMETER  @a argc is not positive, @a argv or @a callback is null, or
+ *                                       there is no create callback
+ * @retval #APP_ERROR_INVALID_CONTEXT    The process has no application id (app_get_id()), or the
+ *                                       loop cannot be set up
+ * @retval #APP_ERROR_ALREADY_RUNNING    Called from inside an application's main function
+ */
+int ui_app_main(int argc, char **argv, ui_app_lifecycle_callback_s *callback, void *user_data);
+/**
+ * @brief Ends the application: its loop ends, then pause and terminate are called.
+ * @details May be called in every callback, and on any thread while the loop runs. Within create it
+ *          keeps the loop from starting, and the application is not launched. Without a running
+ *          application it does nothing.
+ */
+void ui_app_exit(void);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
+#endif

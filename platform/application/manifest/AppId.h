@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_APPLICATION_MANIFEST_APP_ID_H
+#define PLATFORM_APPLICATION_MANIFEST_APP_ID_H
+
+#include <string_view>
+
+namespace application {
+
+/**
+ * @brief Whether the id names an application and nothing else once it is part of a path.
+ * @details An application id becomes the name of a folder and of a socket, so an id that is empty,
+ *          "." or "..", or holds a slash would lead out of the place it is meant for.
+ */
+bool isUsableAppId(std::string_view appId);
+
+} // namespace application
+
+#endif

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_APPLICATION_COPY_TEXT_H
+#define PLATFORM_APPLICATION_COPY_TEXT_H
+
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace application {
+
+/** @brief A copy that C code releases with free(). Throws std::bad_alloc. */
+inline char *copyText(const std::string &text) {
+  char *copy = strdup(text.c_str());
+  if (copy == nullptr) {
+    throw std::bad_alloc();
+  }
+  return copy;
+}
+
+} // namespace application
+
+#endif

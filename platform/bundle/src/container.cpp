@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "container.h"
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <utility>
+
+using platform::Entry;
+using platform::EntryDeleter;
+using platform::EntryPtr;
+
+namespace {
+
+/** Up to this many keys, looking at each is faster than a tree and needs no memory. */
+constexpr std::size_t kMostUnindexed = 32;
+
+} // namespace
+
+bundle_s::~bundle_s() {
+  for (Entry *next = nullptr; _first != nullptr; _first = next) {
+    next = _first->next;
+    if (!isInRoom(_first)) {
+      EntryDeleter()(_first);
+    }
+  }
+}
+
+Entry *bundle_s::find(std::string_view key) const {
+  if (_index) {
+    const auto found = _index->find(key);
+    return found != _index->end() ? found->second : nullptr;
+  }
+
+  Entry *entry = _first;
+  while (entry != nullptr && entry->key() != key) {
+    entry = entry->next;
+  }
+  return entry;
+}
+
+void bundle_s::add(int type, std::string_view key, const void *value, std::size_t size) {
+  if (size > platform::kLargestValue) {
+    throw std::bad_alloc();
+  }
+  void *block = allocate(platform::basicBlockSize(key.size(), size));
+  append(platform::buildBasic(block, type, key, value, size));
+}
+
+void bundle_s::add(EntryPtr array) {
+  if (!array) {
+    throw std::bad_alloc();
+  }
+  append(array.release());
+}
+
+void bundle_s::addCopy(Entry &entry) {
+  if (entry.isArray()) {
+    add(platform::copyArray(entry));
+    return;
+  }
+
+  const std::size_t size = platform::basicBlockSize(entry.keyLength, entry.size);
+  void *block = allocate(size);
+  std::memcpy(block, &entry, size);
+  append(static_cast<Entry *>(block));
+}
+
+void bundle_s::remove(Entry *entry) {
+  if (_index) {
+    _index->erase(entry->key());
+  }
+
+  (entry->previous != nullptr ? entry->previous->next : _first) = entry->next;
+  (entry->next != nullptr ? entry->next->previous : _last) = entry->previous;
+  --_count;
+  release(entry);
+}
+
+void *bundle_s::allocate(std::size_t size) {
+  if (size <= kRoom - _roomUsed) {
+    return _room + std::exchange(_roomUsed, _roomUsed + size);
+  }
+
+  void *block = platform::allocateBlock(size);
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
+}
+
+bool bundle_s::isInRoom(const void *block) const {
+  // One comparison: what lies before the room wraps round to far behind it.
+  return reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(_room) < kRoom;
+}
+
+/** Takes the entry, also when it throws. */
+void bundle_s::append(Entry *entry) {
+  if (_index || _count >= kMostUnindexed) {
+    index(entry);
+  }
+
+  entry->next = nullptr;
+  entry->previous = _last;
+  (_last != nullptr ? _last->next : _first) = entry;
+  _last = entry;
+  ++_count;
+}
+
+void bundle_s::index(Entry *entry) {
+  try {
+    if (!_index) {
+      auto index = std::make_unique<Index>();
+      for (Entry *known = _first; known != nullptr; known = known->next) {
+        index->emplace(known->key(), known);
+      }
+      _index = std::move(index);
+    }
+    _index->emplace(entry->key(), entry);
+  } catch (const std::bad_alloc &) {
+    release(entry);
+    throw;
+  }
+}
+
+void bundle_s::release(Entry *entry) {
+  if (!isInRoom(entry)) {
+    EntryDeleter()(entry);
+    return;
+  }
+
+  const std::size_t size = platform::basicBlockSize(entry->keyLength, entry->size);
+  auto *block = reinterpret_cast<unsigned char *>(entry);
+  if (block + size == _room + _roomUsed) {
+    _roomUsed -= size;
+  }
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_DLOG_DESTINATION_H
+#define PLATFORM_DLOG_DESTINATION_H
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/** Where the lines go. It stays open until the process ends, for destructors log, too. */
+class Destination {
+public:
+  /** The file that is appended to; null or empty for standard error. */
+  explicit Destination(const char *path);
+
+  /** Why the file cannot be used and standard error takes its place; empty when all is well. */
+  const std::string &complaint() const { return _complaint; }
+
+  /** False when not all could be written. No signal is raised for it. */
+  bool write(std::string_view bytes) const;
+
+private:
+  int _descriptor;
+  bool _canBreak = true;
+  std::string _complaint;
+};
+
+/** Writes to standard error, as Destination::write() does; what cannot be written is lost. */
+void writeToStandardError(std::string_view bytes);
+
+} // namespace platform
+
+#endif

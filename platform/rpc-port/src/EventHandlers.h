@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_EVENT_HANDLERS_H
+#define PLATFORM_RPC_EVENT_HANDLERS_H
+
+#include <cstddef>
+#include <vector>
+
+namespace platform::rpc {
+
+/// The application's handlers of one event, in the order in which they were added.
+template <typename Callback>
+class EventHandlers {
+public:
+  void add(Callback callback, void *userData) { _handlers.push_back({callback, userData}); }
+  bool empty() const { return _handlers.empty(); }
+
+  /**
+   * @brief Calls `call(callback, userData)` for each until one of the calls returns false.
+   * @details A handler may add others: the list is read anew for each call.
+   */
+  template <typename Call>
+  void each(Call call) const {
+    for (std::size_t i = 0; i < _handlers.size(); ++i) {
+      const Handler handler = _handlers[i];
+      if (!call(handler.callback, handler.userData)) {
+        return;
+      }
+    }
+  }
+
+private:
+  struct Handler {
+    Callback callback;
+    void *userData;
+  };
+
+  std::vector<Handler> _handlers;
+};
+
+} // namespace platform::rpc
+
+#endif

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_HANDLE_TABLE_H
+#define PLATFORM_RPC_HANDLE_TABLE_H
+
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace platform::rpc {
+
+/// What a handle stands for; part of its value, so that a stub's handle is no port's.
+enum class HandleKind : std::uintptr_t { Port = 1, Stub = 2, Proxy = 3 };
+
+/**
+ * @brief Gives the application numbers that look like pointers, and finds the objects again.
+ * @details The lower half of a handle holds the kind and the index of a slot, the upper half the
+ *          slot's generation. A stale or invented handle is therefore found out instead of
+ *          followed: applications keep a port's handle beyond the end of its connection.
+ */
+template <typename Object, HandleKind Kind>
+class HandleTable {
+public:
+  void *add(Object object) {
+    const std::size_t index = freeSlot();
+    _slots[index].object = std::move(object);
+    _slots[index].used = true;
+    return toHandle(index, _slots[index].generation);
+  }
+
+  /// @return The object, or nullptr for a handle that is not, or no longer, of this table.
+  Object *find(void *handle) {
+    const std::size_t index = indexOf(handle);
+    if (index >= _slots.size() || !_slots[index].used) {
+      return nullptr;
+    }
+    return toHandle(index, _slots[index].generation) == handle ? &_slots[index].object : nullptr;
+  }
+
+  /// Forgets the handle for good, and returns its object.
+  Object remove(void *handle) {
+    if (!find(handle)) {
+      return Object();
+    }
+    Slot &slot = _slots[indexOf(handle)];
+    slot.used = false;
+    slot.generation = (slot.generation + 1) & kHalfMask;
+    _free.push_back(indexOf(handle));
+    return std::exchange(slot.object, Object());
+  }
+
+private:
+  struct Slot {
+    Object object;
+    std::uintptr_t generation = 1;
+    bool used = false;
+  };
+
+  static constexpr unsigned kHalfBits = sizeof(std::uintptr_t) * CHAR_BIT / 2;
+  static constexpr std::uintptr_t kHalfMask = (std::uintptr_t{1} << kHalfBits) - 1;
+  static constexpr unsigned kKindBits = 2;
+
+  static void *toHandle(std::size_t index, std::uintptr_t generation) {
+    const auto low =
+        (static_cast<std::uintptr_t>(index) << kKindBits) | static_cast<std::uintptr_t>(Kind);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the number is never followed as a pointer.
+    return reinterpret_cast<void *>((generation << kHalfBits) | low);
+  }
+
+  static std::size_t indexOf(void *handle) {
+    return (reinterpret_cast<std::uintptr_t>(handle) & kHalfMask) >> kKindBits;
+  }
+
+  std::size_t freeSlot() {
+    if (_free.empty()) {
+      _slots.emplace_back();
+      return _slots.size() - 1;
+    }
+    const std::size_t index = _free.back();
+    _free.pop_back();
+    return index;
+  }
+
+  std::vector<Slot> _slots;
+  std::vector<std::size_t> _free;
+};
+
+} // namespace platform::rpc
+
+#endif

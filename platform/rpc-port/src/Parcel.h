@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_PARCEL_H
+#define PLATFORM_RPC_PARCEL_H
+
+#include "connection/Message.h"
+#include "wire/Buffer.h"
+#include "wire/Frame.h"
+
+#include <bundle.h>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace platform::rpc {
+
+/// What travels with a parcel besides its fields; what an rpc_port_parcel_header_h stands for.
+struct ParcelHeader {
+  std::string tag;
+  std::int32_t sequenceNumber = 0;
+  timespec timestamp = {};
+};
+
+/// A parcel header as it travels; the tag's bytes follow.
+struct WireHeader {
+  std::uint32_t tagSize;
+  std::int32_t sequenceNumber;
+  std::int64_t seconds;
+  std::int64_t nanoseconds;
+};
+static_assert(sizeof(WireHeader) == kParcelHeaderSize, "the header travels as it lies in memory");
+
+/// Fields, written at the end and read from the front. Reads that fail change nothing.
+class Parcel {
+public:
+  /// An empty parcel, with the time of its creation.
+  Parcel();
+
+  /// @return A parcel of what has travelled, or nullptr when the header is malformed.
+  static std::unique_ptr<Parcel> fromWire(Buffer payload);
+
+  ParcelHeader &header() { return _header; }
+  WireHeader wireHeader() const;
+  void addFieldsTo(Message &message) { message.addShared(_bytes, _begin); }
+
+  /// @return false: the parcel would become longer than a message can be.
+  bool hasRoomFor(std::size_t size) const;
+  bool writeBytes(const void *bytes, std::size_t size);
+  bool writeString(std::string_view text);
+  bool writeBundle(bundle *b);
+  template <typename Value>
+  bool write(Value value) {
+    return writeBytes(&value, sizeof value);
+  }
+
+  bool readBytes(void *bytes, std::size_t size);
+  bool readBool(bool *value);
+  bool readArrayCount(std::int32_t *count);
+  /// @param text A copy that is released with free(). @return An rpc_port_error_e.
+  int readString(char **text);
+  /// @param b Released with bundle_free(). @return An rpc_port_error_e.
+  int readBundle(bundle **b);
+  template <typename Value>
+  bool read(Value *value) {
+    return readBytes(value, sizeof *value);
+  }
+
+  /// The whole parcel as it travels, without the frame; valid until the next call.
+  const Buffer &raw();
+
+private:
+  explicit Parcel(Buffer payload) : _bytes(std::move(payload)) {}
+  bool decodeHeader();
+  std::size_t fieldsSize() const { return _bytes.size() - _begin; }
+  std::size_t left() const { return _bytes.size() - _position; }
+  const unsigned char *peekSized(std::size_t &size) const;
+
+  ParcelHeader _header;
+  Buffer _bytes; // As received, the header included, or just what has been written.
+  std::size_t _begin = 0;
+  std::size_t _position = 0;
+  Buffer _raw;
+};
+
+} // namespace platform::rpc
+
+#endif

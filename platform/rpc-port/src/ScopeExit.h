@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_SCOPE_EXIT_H
+#define PLATFORM_RPC_SCOPE_EXIT_H
+
+#include <utility>
+
+namespace platform::rpc {
+
+/// Does something when a block is left, also when an application's handler has thrown.
+template <typename Action>
+class ScopeExit {
+public:
+  explicit ScopeExit(Action action) : _action(std::move(action)) {}
+  ~ScopeExit() { _action(); }
+  ScopeExit(const ScopeExit &) = delete;
+  ScopeExit &operator=(const ScopeExit &) = delete;
+
+private:
+  Action _action;
+};
+
+} // namespace platform::rpc
+
+#endif

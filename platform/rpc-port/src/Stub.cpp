@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Stub.h"
+
+#include "log.h"
+#include "socket/Names.h"
+
+#include <utility>
+
+namespace platform::rpc {
+
+namespace {
+
+bool welcome(Channel &channel) {
+  const Buffer payload = encodeWelcome();
+  Message message(FrameKind::Welcome);
+  message.add(payload.data(), payload.size());
+  return channel.send(message) == SendOutcome::Taken;
+}
+
+} // namespace
+
+int Stub::listen() {
+  if (_acceptor) {
+    dlog_print(DLOG_ERROR, kLogTag, "the stub of port %s listens already", _portName.c_str());
+    return RPC_PORT_ERROR_IO_ERROR;
+  }
+  const std::string appId = ownAppId();
+  if (!EcoreUse::isReady() || !isAppId(appId)) {
+    dlog_print(DLOG_ERROR, kLogTag,
+               "port %s cannot be listened on: this process has no app id (\"%s\"); set AUL_APPID",
+               _portName.c_str(), appId.c_str());
+    return RPC_PORT_ERROR_IO_ERROR;
+  }
+  int error = RPC_PORT_ERROR_NONE;
+  std::unique_ptr<ListeningSocket> socket = ListeningSocket::open(appId, _portName, error);
+  if (!socket) {
+    return error;
+  }
+  _lobby = std::make_shared<Lobby>(*this);
+  auto acceptor = std::make_unique<Acceptor>(std::move(socket), *_lobby);
+  if (!acceptor->start()) {
+    return RPC_PORT_ERROR_IO_ERROR;
+  }
+  _acceptor = std::move(acceptor);
+  return RPC_PORT_ERROR_NONE;
+}
+
+void Stub::destroy() {
+  _isDestroyed = true;
+  _acceptor.reset();
+  if (_lobby) {
+    _lobby->close();
+  }
+  for (const auto &entry : std::exchange(_connections, {})) {
+    entry.second->close();
+  }
+}
+
+rpc_port_h Stub::port(rpc_port_port_type_e type, std::string_view instance) const {
+  const auto found = _connections.find(instance);
+  return found == _connections.end() ? nullptr : found->second->port(type);
+}
+
+void Stub::addConnected(rpc_port_stub_connected_event_cb callback, void *userData) {
+  _connected.add(callback, userData);
+}
+
+void Stub::addDisconnected(rpc_port_stub_disconnected_event_cb callback, void *userData) {
+  _disconnected.add(callback, userData);
+}
+
+void Stub::addReceived(rpc_port_stub_received_event_cb callback, void *userData) {
+  _received.add(callback, userData);
+  for (const auto &entry : _connections) {
+    entry.second->announceWaiting();
+  }
+}
+
+template <typename Callback>
+void Stub::raise(const EventHandlers<Callback> &handlers, const Connection &connection) {
+  const Peer &peer = connection.peer();
+  handlers.each([this, &peer](Callback callback, void *userData) {
+    callback(peer.application.c_str(), peer.instance.c_str(), userData);
+    return !_isDestroyed;
+  });
+}
+
+int Stub::messageReady(Connection &connection, rpc_port_h port) {
+  int result = 0;
+  const Peer &peer = connection.peer();
+  _received.each([&](rpc_port_stub_received_event_cb callback, void *userData) {
+    result = callback(peer.application.c_str(), peer.instance.c_str(), port, userData);
+    return result == 0 && !_isDestroyed;
+  });
+  return result;
+}
+
+void Stub::connectionEnded(Connection &connection) {
+  _connections.erase(connection.peer().instance);
+  raise(_disconnected, connection);
+}
+
+bool Stub::isInstanceInUse(const std::string &instance) const {
+  return _connections.find(instance) != _connections.end();
+}
+
+void Stub::admit(const Hello &hello, ConnectionEnds ends) {
+  const auto self = shared_from_this();
+  const bool isSent = welcome(*ends.main) && welcome(*ends.callback);
+  const auto connection = std::make_shared<Connection>(
+      self, Peer{hello.sender, hello.instance, _portName}, std::move(ends), true);
+  if (!connection->open() || !isSent) {
+    connection->close();
+    return;
+  }
+  _connections.emplace(hello.instance, connection);
+  // Requests may have come before this socket's twin; they follow in a later turn of the loop.
+  connection->announceWaiting();
+  raise(_connected, *connection);
+}
+
+} // namespace platform::rpc

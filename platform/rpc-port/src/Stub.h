@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_STUB_H
+#define PLATFORM_RPC_STUB_H
+
+#include "EventHandlers.h"
+#include "connection/Acceptor.h"
+#include "connection/Connection.h"
+#include "connection/Lobby.h"
+#include "loop/EcoreUse.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <rpc-port.h>
+#include <string>
+#include <string_view>
+
+namespace platform::rpc {
+
+/// What an rpc_port_stub_h stands for: it listens, and has the connections that came of it.
+class Stub final : public std::enable_shared_from_this<Stub>,
+                   public ConnectionOwner,
+                   public Lobby::Owner {
+public:
+  explicit Stub(std::string portName) : _portName(std::move(portName)) {}
+
+  /// @return An rpc_port_error_e.
+  int listen();
+  /// Ends everything; no event follows. Its own handlers may call it.
+  void destroy();
+
+  /// @return The port, or nullptr when there is no such connection.
+  rpc_port_h port(rpc_port_port_type_e type, std::string_view instance) const;
+
+  void addConnected(rpc_port_stub_connected_event_cb callback, void *userData);
+  void addDisconnected(rpc_port_stub_disconnected_event_cb callback, void *userData);
+  void addReceived(rpc_port_stub_received_event_cb callback, void *userData);
+
+private:
+  bool hasReceivers() const override { return !_received.empty(); }
+  int messageReady(Connection &connection, rpc_port_h port) override;
+  void connectionEnded(Connection &connection) override;
+  bool isInstanceInUse(const std::string &instance) const override;
+  void admit(const Hello &hello, ConnectionEnds ends) override;
+  template <typename Callback>
+  void raise(const EventHandlers<Callback> &handlers, const Connection &connection);
+
+  EcoreUse _ecore;
+  std::string _portName;
+  bool _isDestroyed = false;
+  std::shared_ptr<Lobby> _lobby;
+  std::unique_ptr<Acceptor> _acceptor;
+  std::map<std::string, std::shared_ptr<Connection>, std::less<>> _connections;
+  EventHandlers<rpc_port_stub_connected_event_cb> _connected;
+  EventHandlers<rpc_port_stub_disconnected_event_cb> _disconnected;
+  EventHandlers<rpc_port_stub_received_event_cb> _received;
+};
+
+} // namespace platform::rpc
+
+#endif

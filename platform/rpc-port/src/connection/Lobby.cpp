@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Lobby.h"
+
+#include "../log.h"
+
+#include <algorithm>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+
+namespace platform::rpc {
+
+namespace {
+
+constexpr int kSweepsUntilSentAway = 2;
+
+/// @return The process at the other end, or 0 when it is not of this user.
+pid_t findPeer(int socket) {
+  ucred peer = {};
+  socklen_t size = sizeof peer;
+  if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 || peer.uid != geteuid()) {
+    return 0;
+  }
+  return peer.pid;
+}
+
+} // namespace
+
+Lobby::Lobby(Owner &owner, double sweepSeconds)
+    : _owner(owner), _sweepSeconds(sweepSeconds), _sweep(&Lobby::onSweep, this) {}
+
+void Lobby::add(Descriptor socket) {
+  const pid_t process = findPeer(socket.get());
+  if (process == 0) {
+    dlog_print(DLOG_WARN, kLogTag, "a process of another user is refused");
+    return;
+  }
+  if (_guests.size() == kMaxGuests) {
+    sendAway(_guests.begin(), "it has waited longest, and too many wait");
+  }
+  Guest guest{std::make_unique<Channel>(std::move(socket), FrameKind::Hello), process, {}};
+  if (!guest.channel->attach(*this, true)) {
+    return;
+  }
+  _guests.push_back(std::move(guest));
+  if (!_sweep.isRunning()) {
+    _sweep.start(_sweepSeconds);
+  }
+}
+
+void Lobby::close() {
+  _sweep.stop();
+  _guests.clear();
+}
+
+void Lobby::channelReady(Channel &channel, FdWatch::Events events) {
+  const auto self = shared_from_this();
+  const auto guest = std::find_if(_guests.begin(), _guests.end(), [&channel](const Guest &other) {
+    return other.channel.get() == &channel;
+  });
+  if (!guest->hello) {
+    const bool hasEnded = channel.receive() == Channel::Input::Ended;
+    if (!channel.inbox().empty()) {
+      greet(guest);
+    } else if (hasEnded) {
+      sendAway(guest, "it has said no hello");
+    }
+    return;
+  }
+  if (events.hungUp) {
+    sendAway(guest, "it has gone before its second socket came");
+  }
+}
+
+/// The first frame has come; the reader has seen to it that it is a hello.
+void Lobby::greet(Guests::iterator guest) {
+  const Frame frame = guest->channel->inbox().pop();
+  std::optional<Hello> hello = decodeHello(frame.payload);
+  if (!hello) {
+    sendAway(guest, "its hello is not of this version");
+    return;
+  }
+  if (const char *fault = findFault(*guest, *hello)) {
+    sendAway(guest, fault);
+    return;
+  }
+  guest->hello = std::move(hello);
+  // Requests that are in already wait in the inbox, further ones in the socket.
+  guest->channel->setReading(false);
+  findTwin(guest);
+}
+
+const char *Lobby::findFault(const Guest &guest, const Hello &hello) const {
+  if (_owner.isInstanceInUse(hello.instance)) {
+    return "its instance is in use";
+  }
+  for (const Guest &other : _guests) {
+    if (!other.hello || other.hello->instance != hello.instance) {
+      continue;
+    }
+    if (other.process != guest.process || other.hello->sender != hello.sender) {
+      return "its instance is another process's or sender's";
+    }
+    if (other.hello->portType == hello.portType) {
+      return "its instance has a socket of this type already";
+    }
+  }
+  return nullptr;
+}
+
+void Lobby::findTwin(Guests::iterator guest) {
+  const auto twin = std::find_if(_guests.begin(), _guests.end(), [guest](const Guest &other) {
+    return &other != &*guest && other.hello && other.hello->instance == guest->hello->instance;
+  });
+  if (twin == _guests.end()) {
+    return;
+  }
+  const Hello hello = *guest->hello;
+  ConnectionEnds ends;
+  const auto place = [&ends](const Guest &one) -> std::unique_ptr<Channel> & {
+    return one.hello->portType == RPC_PORT_PORT_MAIN ? ends.main : ends.callback;
+  };
+  place(*guest) = std::move(guest->channel);
+  place(*twin) = std::move(twin->channel);
+  remove(std::max(guest, twin));
+  remove(std::min(guest, twin));
+  _owner.admit(hello, std::move(ends));
+}
+
+void Lobby::sendAway(Guests::iterator guest, const char *reason) {
+  dlog_print(DLOG_WARN, kLogTag, "a connection of process %d is refused: %s",
+             static_cast<int>(guest->process), reason);
+  remove(guest);
+}
+
+/// An application whose connections are made has no reason to be woken up.
+void Lobby::remove(Guests::iterator guest) {
+  _guests.erase(guest);
+  if (_guests.empty()) {
+    _sweep.stop();
+  }
+}
+
+void Lobby::onSweep(void *data) {
+  static_cast<Lobby *>(data)->sweep();
+}
+
+/**
+ * Two sweeps, because a loop that was held up finds its timers due before it has looked at the
+ * sockets; between two sweeps it has looked.
+ */
+void Lobby::sweep() {
+  for (Guest &guest : _guests) {
+    ++guest.sweeps;
+  }
+  const auto isLate = [](const Guest &guest) { return guest.sweeps >= kSweepsUntilSentAway; };
+  for (auto guest = std::find_if(_guests.begin(), _guests.end(), isLate); guest != _guests.end();
+       guest = std::find_if(_guests.begin(), _guests.end(), isLate)) {
+    sendAway(guest, guest->hello ? "its second socket did not come in time"
+                                 : "its hello did not come in time");
+  }
+  if (!_guests.empty()) {
+    _sweep.start(_sweepSeconds);
+  }
+}
+
+} // namespace platform::rpc

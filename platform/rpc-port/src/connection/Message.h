@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_CONNECTION_MESSAGE_H
+#define PLATFORM_RPC_CONNECTION_MESSAGE_H
+
+#include "../wire/Frame.h"
+
+#include <array>
+#include <cstddef>
+#include <sys/uio.h>
+
+namespace platform::rpc {
+
+/// A frame on its way out, in pieces that lie where they were made: one system call sends them all.
+class Message {
+public:
+  explicit Message(FrameKind kind) : _prefix{0, kind} { _parts[0] = {&_prefix, sizeof _prefix}; }
+  Message(const Message &) = delete;
+  Message &operator=(const Message &) = delete;
+
+  /// Adds a piece, which has to stay until the message is sent.
+  void add(const void *bytes, std::size_t size) {
+    _parts[_count++] = {const_cast<void *>(bytes), size};
+    _prefix.size += static_cast<std::uint32_t>(size);
+  }
+
+  /// Adds the last piece; what of it cannot be sent at once is shared with `buffer`, not copied.
+  void addShared(Buffer &buffer, std::size_t from) {
+    add(buffer.data() + from, buffer.size() - from);
+    _shared = &buffer;
+  }
+
+  iovec *parts() { return _parts.data(); }
+  std::size_t count() const { return _count; }
+  /// The buffer in whose end the last piece lies, or nullptr.
+  Buffer *shared() const { return _shared; }
+  std::size_t size() const { return sizeof _prefix + _prefix.size; }
+
+  /// Takes from the front what has been sent.
+  void skip(std::size_t size);
+
+private:
+  static constexpr std::size_t kMaxParts = 4;
+
+  FramePrefix _prefix;
+  std::array<iovec, kMaxParts> _parts{};
+  std::size_t _count = 1;
+  Buffer *_shared = nullptr;
+};
+
+} // namespace platform::rpc
+
+#endif

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_CONNECTION_PORTS_H
+#define PLATFORM_RPC_CONNECTION_PORTS_H
+
+#include "../HandleTable.h"
+
+#include <memory>
+#include <rpc-port.h>
+
+namespace platform::rpc {
+
+class Connection;
+
+/// What a port's handle stands for: one of the two directions' sockets of a live connection.
+struct Port {
+  std::shared_ptr<Connection> connection;
+  rpc_port_port_type_e type = RPC_PORT_PORT_MAIN;
+};
+
+using PortTable = HandleTable<Port, HandleKind::Port>;
+
+/// The ports of all connections of the process.
+PortTable &ports();
+
+} // namespace platform::rpc
+
+#endif

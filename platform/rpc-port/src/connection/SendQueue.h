@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_CONNECTION_SEND_QUEUE_H
+#define PLATFORM_RPC_CONNECTION_SEND_QUEUE_H
+
+#include "../wire/Buffer.h"
+#include "Message.h"
+
+#include <cstddef>
+#include <sys/types.h>
+#include <vector>
+
+namespace platform::rpc {
+
+/// What became of a message. Overflow: the peer does not read, and nothing more is kept for it.
+enum class SendOutcome { Taken, Overflow, Broken };
+
+/// Sends without waiting: what the socket does not take at once is kept until flush().
+class SendQueue {
+public:
+  /**
+   * @brief Sends one message, or keeps its rest.
+   * @throw std::bad_alloc, and part of the message may have been sent: the connection is of no
+   *        more use.
+   */
+  SendOutcome send(int socket, Message &message);
+
+  /// Sends what has been kept, as far as the socket takes it. @return false: the peer is gone.
+  bool flush(int socket);
+
+  bool empty() const { return _segments.empty(); }
+  void clear();
+
+private:
+  /// Bytes that wait, from `sent` on.
+  struct Segment {
+    Buffer bytes;
+    std::size_t sent;
+    bool isShared;
+  };
+
+  SendOutcome keepBehindOthers(int socket, Message &message);
+  void keep(Message &message);
+  void keepCopy(const void *bytes, std::size_t size);
+
+  std::vector<Segment> _segments;
+  std::size_t _size = 0;
+  /// What is left of the message that found the queue empty; the bound is for those behind it.
+  std::size_t _leading = 0;
+};
+
+} // namespace platform::rpc
+
+#endif

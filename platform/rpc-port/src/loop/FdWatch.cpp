@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FdWatch.h"
+
+#include "../log.h"
+
+namespace platform::rpc {
+
+bool FdWatch::start(int descriptor, bool reading, bool writing) {
+  stop();
+  _flags = toFlags(reading, writing);
+  _handler =
+      ecore_main_fd_handler_add(descriptor, _flags, &FdWatch::onReady, this, nullptr, nullptr);
+  if (!_handler) {
+    dlog_print(DLOG_ERROR, kLogTag,
+               "Ecore does not watch descriptor %d: ports belong to the main loop's thread",
+               descriptor);
+  }
+  return _handler != nullptr;
+}
+
+void FdWatch::update(bool reading, bool writing) {
+  const Ecore_Fd_Handler_Flags flags = toFlags(reading, writing);
+  if (!_handler || flags == _flags) {
+    return;
+  }
+  _flags = flags;
+  ecore_main_fd_handler_active_set(_handler, flags);
+}
+
+void FdWatch::stop() {
+  if (_handler) {
+    ecore_main_fd_handler_del(_handler);
+    _handler = nullptr;
+  }
+}
+
+Eina_Bool FdWatch::onReady(void *data, Ecore_Fd_Handler *handler) {
+  const auto isActive = [handler](Ecore_Fd_Handler_Flags flag) {
+    return ecore_main_fd_handler_active_get(handler, flag) != EINA_FALSE;
+  };
+  const Events events{isActive(ECORE_FD_READ), isActive(ECORE_FD_WRITE), isActive(ECORE_FD_ERROR)};
+
+  static_cast<FdWatch *>(data)->_target.descriptorReady(events);
+  // A watch that was stopped meanwhile is deleted already; Ecore takes this as it should.
+  return ECORE_CALLBACK_RENEW;
+}
+
+Ecore_Fd_Handler_Flags FdWatch::toFlags(bool reading, bool writing) {
+  const int flags = ECORE_FD_ERROR | (reading ? ECORE_FD_READ : 0) | (writing ? ECORE_FD_WRITE : 0);
+  return static_cast<Ecore_Fd_Handler_Flags>(flags);
+}
+
+} // namespace platform::rpc

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_LOOP_FD_WATCH_H
+#define PLATFORM_RPC_LOOP_FD_WATCH_H
+
+#include <Ecore.h>
+
+namespace platform::rpc {
+
+/// Has a descriptor watched by the Ecore loop, until it is stopped or destroyed.
+class FdWatch {
+public:
+  /// What the loop saw. A peer that has gone shows as all three together.
+  struct Events {
+    bool readable;
+    bool writable;
+    bool hungUp;
+  };
+
+  /// Who is told. It may stop or destroy the watch from inside the call.
+  class Target {
+  public:
+    virtual void descriptorReady(Events events) = 0;
+
+  protected:
+    ~Target() = default;
+  };
+
+  explicit FdWatch(Target &target) : _target(target) {}
+  ~FdWatch() { stop(); }
+  FdWatch(const FdWatch &) = delete;
+  FdWatch &operator=(const FdWatch &) = delete;
+
+  /// Watches for a hang-up and, where wanted, for input and for room to write. @return Success.
+  bool start(int descriptor, bool reading, bool writing);
+  /// Changes what is watched for; costs nothing when nothing changes.
+  void update(bool reading, bool writing);
+  /// To be called before the descriptor is closed.
+  void stop();
+  bool isRunning() const { return _handler != nullptr; }
+
+private:
+  static Eina_Bool onReady(void *data, Ecore_Fd_Handler *handler);
+  static Ecore_Fd_Handler_Flags toFlags(bool reading, bool writing);
+
+  Target &_target;
+  Ecore_Fd_Handler *_handler = nullptr;
+  Ecore_Fd_Handler_Flags _flags = ECORE_FD_ERROR;
+};
+
+} // namespace platform::rpc
+
+#endif

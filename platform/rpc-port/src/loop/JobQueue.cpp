@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "JobQueue.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace platform::rpc {
+
+void Job::plan() {
+  if (!_isPlanned) {
+    JobQueue::get().add(*this);
+  }
+}
+
+void Job::cancel() {
+  if (_isPlanned) {
+    JobQueue::get().remove(*this);
+  }
+}
+
+JobQueue &JobQueue::get() {
+  // Never destroyed: an application may exit with stubs and proxies alive.
+  static auto *const queue = new JobQueue;
+  return *queue;
+}
+
+bool JobQueue::open() {
+  _event = Descriptor(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+  return _event && _watch.start(_event.get(), true, false);
+}
+
+void JobQueue::close() {
+  _watch.stop();
+  _event.close();
+  _isSignalled = false;
+}
+
+void JobQueue::add(Job &job) {
+  _jobs.push_back(&job);
+  job._isPlanned = true;
+  signal();
+}
+
+void JobQueue::remove(Job &job) {
+  _jobs.erase(std::remove(_jobs.begin(), _jobs.end(), &job), _jobs.end());
+  job._isPlanned = false;
+}
+
+/// Runs what was planned up to now; what the jobs plan is for another turn.
+void JobQueue::descriptorReady(FdWatch::Events /*events*/) {
+  std::uint64_t count = 0;
+  (void)!read(_event.get(), &count, sizeof count);
+  _isSignalled = false;
+  for (std::size_t left = _jobs.size(); left > 0 && !_jobs.empty(); --left) {
+    Job &job = *_jobs.front();
+    remove(job);
+    if (!_jobs.empty()) {
+      signal(); // Before the call: the job may throw, or run a loop of its own.
+    }
+    job._function(job._data);
+  }
+}
+
+void JobQueue::signal() {
+  if (!_isSignalled) {
+    const std::uint64_t one = 1;
+    _isSignalled = write(_event.get(), &one, sizeof one) == sizeof one;
+  }
+}
+
+} // namespace platform::rpc

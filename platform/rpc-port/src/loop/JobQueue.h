@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_LOOP_JOB_QUEUE_H
+#define PLATFORM_RPC_LOOP_JOB_QUEUE_H
+
+#include "../socket/Descriptor.h"
+#include "FdWatch.h"
+#include "Job.h"
+
+#include <deque>
+
+namespace platform::rpc {
+
+/// The planned jobs of the process, and the event descriptor that tells the loop of them.
+class JobQueue final : private FdWatch::Target {
+public:
+  static JobQueue &get();
+
+  /// Joins the loop; Ecore is there. @return Success.
+  bool open();
+  void close();
+
+  void add(Job &job);
+  void remove(Job &job);
+
+private:
+  JobQueue() : _watch(*this) {}
+  void descriptorReady(FdWatch::Events events) override;
+  void signal();
+
+  Descriptor _event;
+  FdWatch _watch;
+  std::deque<Job *> _jobs;
+  bool _isSignalled = false;
+};
+
+} // namespace platform::rpc
+
+#endif

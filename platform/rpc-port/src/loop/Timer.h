@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_LOOP_TIMER_H
+#define PLATFORM_RPC_LOOP_TIMER_H
+
+#include <Ecore.h>
+
+namespace platform::rpc {
+
+/**
+ * @brief Something to do once, some time from now.
+ * @details Never calls an application's handler: Ecore goes on for ever with a timer that a C++
+ *          exception has passed through. What has to be raised is raised from a Job.
+ */
+class Timer {
+public:
+  /// What is called. It may destroy the timer from inside the call.
+  using Function = void (*)(void *data);
+
+  Timer(Function function, void *data) : _function(function), _data(data) {}
+  ~Timer() { stop(); }
+  Timer(const Timer &) = delete;
+  Timer &operator=(const Timer &) = delete;
+
+  void start(double seconds);
+  void stop();
+  bool isRunning() const { return _timer != nullptr; }
+
+private:
+  static Eina_Bool onExpired(void *data);
+
+  Function _function;
+  void *_data;
+  Ecore_Timer *_timer = nullptr;
+};
+
+} // namespace platform::rpc
+
+#endif

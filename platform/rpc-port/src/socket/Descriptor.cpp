@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Descriptor.h"
+
+#include <mutex>
+#include <pthread.h>
+#include <unistd.h>
+#include <utility>
+
+namespace platform::rpc {
+
+/// All descriptors of the process that are open here. A fork can come from any thread: it locks.
+class DescriptorList {
+public:
+  static DescriptorList &get() {
+    // Never destroyed: a fork can come as late as from another object's destructor.
+    static auto *const list = new DescriptorList;
+    return *list;
+  }
+
+  /// Held while a number changes hands, so that no fork finds it in neither.
+  std::mutex &mutex() { return _mutex; }
+
+  void add(Descriptor &descriptor) {
+    descriptor._next = _first;
+    if (_first) {
+      _first->_previous = &descriptor;
+    }
+    _first = &descriptor;
+  }
+
+  void remove(Descriptor &descriptor) {
+    (descriptor._previous ? descriptor._previous->_next : _first) = descriptor._next;
+    if (descriptor._next) {
+      descriptor._next->_previous = descriptor._previous;
+    }
+    descriptor._previous = descriptor._next = nullptr;
+  }
+
+private:
+  DescriptorList() {
+    (void)pthread_atfork([] { get()._mutex.lock(); }, [] { get()._mutex.unlock(); },
+                         [] { get().closeInChild(); });
+  }
+
+  void closeInChild() {
+    for (Descriptor *descriptor = _first; descriptor; descriptor = descriptor->_next) {
+      if (descriptor->_number >= 0) {
+        (void)::close(std::exchange(descriptor->_number, -1));
+      }
+    }
+    _mutex.unlock();
+  }
+
+  std::mutex _mutex;
+  Descriptor *_first = nullptr;
+};
+
+Descriptor::Descriptor(int number) : _number(number) {
+  const std::lock_guard<std::mutex> lock(DescriptorList::get().mutex());
+  DescriptorList::get().add(*this);
+}
+
+Descriptor::Descriptor(Descriptor &&other) noexcept : _number(-1) {
+  const std::lock_guard<std::mutex> lock(DescriptorList::get().mutex());
+  DescriptorList::get().add(*this);
+  _number = std::exchange(other._number, -1);
+}
+
+Descriptor &Descriptor::operator=(Descriptor &&other) noexcept {
+  const std::lock_guard<std::mutex> lock(DescriptorList::get().mutex());
+  std::swap(_number, other._number);
+  return *this;
+}
+
+Descriptor::~Descriptor() {
+  const std::lock_guard<std::mutex> lock(DescriptorList::get().mutex());
+  closeNumber();
+  DescriptorList::get().remove(*this);
+}
+
+void Descriptor::close() {
+  const std::lock_guard<std::mutex> lock(DescriptorList::get().mutex());
+  closeNumber();
+}
+
+void Descriptor::closeNumber() {
+  if (_number >= 0) {
+    (void)::close(std::exchange(_number, -1));
+  }
+}
+
+} // namespace platform::rpc

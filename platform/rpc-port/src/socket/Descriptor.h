@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_SOCKET_DESCRIPTOR_H
+#define PLATFORM_RPC_SOCKET_DESCRIPTOR_H
+
+namespace platform::rpc {
+
+/**
+ * @brief Owns a file descriptor, in this process only.
+ * @details A child that was forked off closes its copies before it does anything else; otherwise a
+ *          connection would outlive the application for as long as any child of it runs. In the
+ *          child, every Descriptor is then empty.
+ */
+class Descriptor {
+public:
+  Descriptor() : Descriptor(-1) {}
+  explicit Descriptor(int number);
+  Descriptor(Descriptor &&other) noexcept;
+  Descriptor &operator=(Descriptor &&other) noexcept;
+  ~Descriptor();
+
+  int get() const { return _number; }
+  explicit operator bool() const { return _number >= 0; }
+  void close();
+
+private:
+  friend class DescriptorList;
+
+  void closeNumber();
+
+  int _number;
+  Descriptor *_previous = nullptr;
+  Descriptor *_next = nullptr;
+};
+
+} // namespace platform::rpc
+
+#endif

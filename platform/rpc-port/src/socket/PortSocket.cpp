@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PortSocket.h"
+
+#include "../log.h"
+#include "RuntimeDirectory.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <rpc-port.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <utility>
+
+namespace platform::rpc {
+
+namespace {
+
+/// Two stubs of one application that start at the same moment bind one after the other.
+constexpr int kLockAttempts = 100;
+
+/**
+ * The address of a port in an open directory. Through the descriptor, the directory's path may be
+ * of any length, and nothing can be put in its place between the checks and the use.
+ */
+sockaddr_un addressOf(int directory, const std::string &port) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  (void)std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", directory,
+                      port.c_str());
+  return address;
+}
+
+Descriptor newSocket() {
+  return Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
+
+int connectWith(int socket, int directory, const std::string &port) {
+  const sockaddr_un address = addressOf(directory, port);
+  return connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address);
+}
+
+bool lock(int directory) {
+  for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+    if (flock(directory, LOCK_EX | LOCK_NB) == 0) {
+      return true;
+    }
+    (void)poll(nullptr, 0, 1);
+  }
+  return false;
+}
+
+int logFailure(const char *what, const std::string &path, int number) {
+  dlog_print(DLOG_ERROR, kLogTag, "%s %s: %s", path.c_str(), what, std::strerror(number));
+  return RPC_PORT_ERROR_IO_ERROR;
+}
+
+int toError(int number) {
+  return number == EACCES || number == EPERM ? RPC_PORT_ERROR_PERMISSION_DENIED
+                                             : RPC_PORT_ERROR_IO_ERROR;
+}
+
+} // namespace
+
+ListeningSocket::ListeningSocket(Descriptor directory, std::string port)
+    : _directory(std::move(directory)), _port(std::move(port)), _socket(newSocket()) {}
+
+std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string &appId,
+                                                       const std::string &port, int &error) {
+  OpenedDirectory directory = openPortDirectory(appId, DirectoryUse::Listen);
+  error = directory.error;
+  if (!directory.descriptor) {
+    return nullptr;
+  }
+  const std::string path = appId + "/" + port;
+  std::unique_ptr<ListeningSocket> self(new ListeningSocket(std::move(directory.descriptor), port));
+  if (!self->_socket) {
+    error = logFailure("gets no socket", path, errno);
+    return nullptr;
+  }
+  error = self->bindAlone(path);
+  return error == RPC_PORT_ERROR_NONE ? std::move(self) : nullptr;
+}
+
+ListeningSocket::~ListeningSocket() {
+  // Empty in a forked child, to which the file does not belong.
+  if (!_socket || _inode == 0) {
+    return;
+  }
+  struct stat status = {};
+  const bool found = fstatat(_directory.get(), _port.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+  // Somebody may have removed the file, and another stub may have made its own.
+  if (found && status.st_dev == _device && status.st_ino == _inode) {
+    (void)unlinkat(_directory.get(), _port.c_str(), 0);
+  }
+}
+
+/// Between finding a stale file and replacing it, no other stub may come to the same conclusion.
+int ListeningSocket::bindAlone(const std::string &path) {
+  if (!lock(_directory.get())) {
+    return logFailure("is locked by another process", path, EWOULDBLOCK);
+  }
+  int error = removeStale(path);
+  if (error == RPC_PORT_ERROR_NONE) {
+    error = bindAndListen(path);
+  }
+  (void)flock(_directory.get(), LOCK_UN);
+  return error;
+}
+
+int ListeningSocket::removeStale(const std::string &path) {
+  struct stat status = {};
+  if (fstatat(_directory.get(), _port.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    return errno == ENOENT ? RPC_PORT_ERROR_NONE : logFailure("cannot be looked at", path, errno);
+  }
+  if (!S_ISSOCK(status.st_mode)) {
+    return logFailure("is in the way and no socket: remove it", path, EEXIST);
+  }
+  const Descriptor probe = newSocket();
+  if (!probe) {
+    return logFailure("gets no socket", path, errno);
+  }
+  // EAGAIN, a full backlog, is a sign of life as well.
+  if (connectWith(probe.get(), _directory.get(), _port) == 0 || errno != ECONNREFUSED) {
+    return logFailure("is listened on already: end the other process", path, EADDRINUSE);
+  }
+  if (unlinkat(_directory.get(), _port.c_str(), 0) != 0 && errno != ENOENT) {
+    return logFailure("cannot be replaced", path, errno);
+  }
+  return RPC_PORT_ERROR_NONE;
+}
+
+int ListeningSocket::bindAndListen(const std::string &path) {
+  const sockaddr_un address = addressOf(_directory.get(), _port);
+  if (bind(_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+    return logFailure("cannot be bound", path, errno);
+  }
+  struct stat status = {};
+  if (fstatat(_directory.get(), _port.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    _device = status.st_dev;
+    _inode = status.st_ino;
+  }
+  if (listen(_socket.get(), SOMAXCONN) != 0) {
+    return logFailure("cannot be listened on", path, errno);
+  }
+  return RPC_PORT_ERROR_NONE;
+}
+
+ConnectedSocket connectToPort(const std::string &appId, const std::string &port) {
+  const auto failed = [](int error) {
+    return ConnectedSocket{ConnectOutcome::Failed, Descriptor(), error};
+  };
+  const OpenedDirectory directory = openPortDirectory(appId, DirectoryUse::Connect);
+  if (!directory.descriptor) {
+    return failed(directory.error);
+  }
+  struct stat status = {};
+  // connect() would follow a link to wherever it leads.
+  if (fstatat(directory.descriptor.get(), port.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0
+      || !S_ISSOCK(status.st_mode)) {
+    return failed(RPC_PORT_ERROR_IO_ERROR);
+  }
+  Descriptor socket = newSocket();
+  if (!socket) {
+    return failed(logFailure("gets no socket", appId + "/" + port, errno));
+  }
+  if (connectWith(socket.get(), directory.descriptor.get(), port) == 0) {
+    return {ConnectOutcome::Connected, std::move(socket), RPC_PORT_ERROR_NONE};
+  }
+  if (errno == EAGAIN) {
+    return {ConnectOutcome::Busy, Descriptor(), RPC_PORT_ERROR_NONE};
+  }
+  return failed(toError(errno));
+}
+
+} // namespace platform::rpc

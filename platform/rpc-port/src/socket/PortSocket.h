@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_SOCKET_PORT_SOCKET_H
+#define PLATFORM_RPC_SOCKET_PORT_SOCKET_H
+
+#include "Descriptor.h"
+
+#include <memory>
+#include <string>
+#include <sys/types.h>
+
+namespace platform::rpc {
+
+/// The socket on which a stub listens, and its file, which goes with it.
+class ListeningSocket {
+public:
+  /**
+   * @brief Begins to listen; a file that nobody listens on is replaced.
+   * @return The socket, or nullptr with `error` set to an rpc_port_error_e (and logged).
+   */
+  static std::unique_ptr<ListeningSocket> open(const std::string &appId, const std::string &port,
+                                               int &error);
+  ~ListeningSocket();
+  ListeningSocket(const ListeningSocket &) = delete;
+  ListeningSocket &operator=(const ListeningSocket &) = delete;
+
+  int descriptor() const { return _socket.get(); }
+
+private:
+  ListeningSocket(Descriptor directory, std::string port);
+  int bindAlone(const std::string &path);
+  int removeStale(const std::string &path);
+  int bindAndListen(const std::string &path);
+
+  Descriptor _directory;
+  std::string _port;
+  Descriptor _socket;
+  dev_t _device = 0;
+  ino_t _inode = 0;
+};
+
+/// What came of an attempt to connect. Busy: the listener's backlog is full, try again later.
+enum class ConnectOutcome { Connected, Busy, Failed };
+
+/// A socket connected to a port, or the reason why there is none.
+struct ConnectedSocket {
+  ConnectOutcome outcome;
+  Descriptor descriptor;
+  int error;
+};
+
+/// Connects to a port without waiting.
+ConnectedSocket connectToPort(const std::string &appId, const std::string &port);
+
+} // namespace platform::rpc
+
+#endif

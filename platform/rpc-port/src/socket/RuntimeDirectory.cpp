@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "RuntimeDirectory.h"
+
+#include "../log.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <rpc-port.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace platform::rpc {
+
+namespace {
+
+/// A directory on the way, with its path for the log.
+struct Step {
+  Descriptor descriptor;
+  std::string path;
+  int error;
+};
+
+int toError(int number) {
+  const bool denied = number == EACCES || number == EPERM || number == ELOOP || number == ENOTDIR;
+  return denied ? RPC_PORT_ERROR_PERMISSION_DENIED : RPC_PORT_ERROR_IO_ERROR;
+}
+
+Step failed(const std::string &path, int error) {
+  return {Descriptor(), path, error};
+}
+
+Step failedToOpen(const std::string &path, DirectoryUse use, int number) {
+  // To a proxy, a directory that is not there says that the application does not run.
+  if (number != ENOENT || use == DirectoryUse::Listen) {
+    const bool notPlain = number == ELOOP || number == ENOTDIR;
+    dlog_print(DLOG_ERROR, kLogTag, "%s cannot be opened (%s): %s", path.c_str(),
+               std::strerror(number),
+               notPlain ? "it has to be a directory and no symbolic link; remove it"
+                        : "check the directory and XDG_RUNTIME_DIR");
+  }
+  return failed(path, toError(number));
+}
+
+/// @return An empty text for a directory that can be trusted, else what is wrong with it.
+const char *findFault(const struct stat &status, mode_t forbidden) {
+  if (status.st_uid != geteuid()) {
+    return "belongs to another user: remove it, or set XDG_RUNTIME_DIR to a directory of your own";
+  }
+  if ((status.st_mode & forbidden) != 0) {
+    return "is open to other users: chmod 700 it";
+  }
+  return "";
+}
+
+Step check(Step step, mode_t forbidden) {
+  struct stat status = {};
+  if (fstat(step.descriptor.get(), &status) != 0) {
+    return failed(step.path, RPC_PORT_ERROR_IO_ERROR);
+  }
+  const char *fault = findFault(status, forbidden);
+  if (*fault == '\0') {
+    return step;
+  }
+  dlog_print(DLOG_ERROR, kLogTag, "%s %s", step.path.c_str(), fault);
+  return failed(step.path, RPC_PORT_ERROR_PERMISSION_DENIED);
+}
+
+Step enter(const Step &parent, const std::string &name, DirectoryUse use) {
+  std::string path = parent.path + "/" + name;
+  if (!parent.descriptor) {
+    return failed(path, parent.error);
+  }
+  const bool create = use == DirectoryUse::Listen;
+  if (create && mkdirat(parent.descriptor.get(), name.c_str(), 0700) != 0 && errno != EEXIST) {
+    return failedToOpen(path, use, errno);
+  }
+  Descriptor descriptor(openat(parent.descriptor.get(), name.c_str(),
+                               O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!descriptor) {
+    return failedToOpen(path, use, errno);
+  }
+  return check({std::move(descriptor), std::move(path), RPC_PORT_ERROR_NONE}, 077);
+}
+
+Step openAt(const std::string &path, DirectoryUse use) {
+  Descriptor descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!descriptor) {
+    return failedToOpen(path, use, errno);
+  }
+  return {std::move(descriptor), path, RPC_PORT_ERROR_NONE};
+}
+
+std::string environment(const char *name) {
+  const char *value = std::getenv(name);
+  return value && *value == '/' ? value : "";
+}
+
+/// The directory of all applications' ports.
+Step openBase(DirectoryUse use) {
+  if (const std::string runtime = environment("XDG_RUNTIME_DIR"); !runtime.empty()) {
+    Step step = openAt(runtime, use);
+    // Readers of the user's own directory see names there; what we make in it is closed to them.
+    return enter(step.descriptor ? check(std::move(step), 022) : std::move(step), "rpc-port", use);
+  }
+  const std::string temporary = environment("TMPDIR");
+  const Step step = openAt(temporary.empty() ? "/tmp" : temporary, use);
+  return enter(step, "rpc-port-" + std::to_string(geteuid()), use);
+}
+
+} // namespace
+
+OpenedDirectory openPortDirectory(const std::string &appId, DirectoryUse use) {
+  Step step = enter(openBase(use), appId, use);
+  return {std::move(step.descriptor), step.error};
+}
+
+} // namespace platform::rpc

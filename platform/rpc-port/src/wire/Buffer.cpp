@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Buffer.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace platform::rpc {
+
+namespace {
+
+/// What lies before the bytes. Parcels may be made and destroyed on any thread.
+struct alignas(std::max_align_t) Head {
+  std::atomic<unsigned> holders;
+};
+
+/// Enough for a usual message, so that writing one field after the other allocates once.
+constexpr std::size_t kSmallest = 240;
+
+Head *headOf(unsigned char *bytes) {
+  return reinterpret_cast<Head *>(bytes) - 1;
+}
+
+} // namespace
+
+Buffer::Buffer(Buffer &&other) noexcept
+    : _bytes(std::exchange(other._bytes, nullptr)), _size(std::exchange(other._size, 0)),
+      _capacity(std::exchange(other._capacity, 0)) {}
+
+Buffer &Buffer::operator=(Buffer &&other) noexcept {
+  std::swap(_bytes, other._bytes);
+  std::swap(_size, other._size);
+  std::swap(_capacity, other._capacity);
+  return *this;
+}
+
+Buffer Buffer::share() {
+  Buffer other;
+  if (_bytes) {
+    headOf(_bytes)->holders.fetch_add(1);
+    // Without room, neither can write without passing through grow().
+    _capacity = _size;
+    other._bytes = _bytes;
+    other._size = other._capacity = _size;
+  }
+  return other;
+}
+
+unsigned char *Buffer::extendByGrowing(std::size_t size) {
+  grow(std::max({_size + size, 2 * _capacity, kSmallest}));
+  return extend(size);
+}
+
+void Buffer::grow(std::size_t capacity) {
+  const bool isAlone = !_bytes || headOf(_bytes)->holders.load() == 1;
+  void *old = _bytes && isAlone ? headOf(_bytes) : nullptr;
+  void *memory = std::realloc(old, sizeof(Head) + capacity);
+  if (!memory) {
+    throw std::bad_alloc();
+  }
+  if (!old) {
+    new (memory) Head{{1}};
+  }
+  auto *bytes = reinterpret_cast<unsigned char *>(static_cast<Head *>(memory) + 1);
+  if (!isAlone) {
+    std::memcpy(bytes, _bytes, _size);
+    release();
+  }
+  _bytes = bytes;
+  _capacity = capacity;
+}
+
+void Buffer::release() {
+  if (_bytes && headOf(_bytes)->holders.fetch_sub(1) == 1) {
+    std::free(headOf(_bytes));
+  }
+  _bytes = nullptr;
+}
+
+} // namespace platform::rpc

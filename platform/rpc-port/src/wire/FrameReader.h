@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_WIRE_FRAME_READER_H
+#define PLATFORM_RPC_WIRE_FRAME_READER_H
+
+#include "Frame.h"
+#include "Inbox.h"
+
+#include <array>
+#include <cstddef>
+
+namespace platform::rpc {
+
+/**
+ * @brief Puts frames together from the pieces in which a stream delivers them.
+ * @details It says where the next bytes belong (space()) and is told how many came (take()); it
+ *          receives nothing itself. Its memory follows what has arrived, never what a length
+ *          claims. After a take() that returned false, it must not be used further.
+ */
+class FrameReader {
+public:
+  struct Space {
+    unsigned char *bytes;
+    std::size_t size;
+  };
+
+  /// @param greeting What the first frame has to be, and no later one may be.
+  explicit FrameReader(FrameKind greeting) : _greeting(greeting) {}
+
+  /**
+   * @brief Says where to receive.
+   * @details Usually into a buffer that all readers share; the missing rest of a long frame goes
+   *          straight to its place. Nothing but take() may happen between receiving and the next
+   *          reader's space(). @throw std::bad_alloc
+   */
+  Space space();
+
+  /**
+   * @brief Adds the frames that `size` more bytes have completed to `inbox`.
+   * @return false for bytes that are not of this protocol; the frames before them are added.
+   * @throw std::bad_alloc
+   */
+  bool take(std::size_t size, Inbox &inbox);
+
+  /// Whether the greeting has arrived.
+  bool isGreeted() const { return _isGreeted; }
+
+private:
+  std::size_t missing() const { return _prefix.size - _frame.payload.size(); }
+  void reserve(std::size_t arrived);
+  bool takePrefix(const unsigned char *&bytes, std::size_t &size);
+  void takePayload(const unsigned char *&bytes, std::size_t &size);
+  bool accept();
+  void finishIfWhole(Inbox &inbox);
+
+  FrameKind _greeting;
+  bool _isGreeted = false;
+  bool _isDirect = false;
+  bool _hasPrefix = false;
+  std::size_t _prefixBytes = 0;
+  std::array<unsigned char, sizeof(FramePrefix)> _partialPrefix{};
+  FramePrefix _prefix{};
+  Frame _frame;
+};
+
+} // namespace platform::rpc
+
+#endif

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PLATFORM_RPC_WIRE_HELLO_H
+#define PLATFORM_RPC_WIRE_HELLO_H
+
+#include "../bounds.h"
+#include "Buffer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <rpc-port.h>
+#include <string>
+
+namespace platform::rpc {
+
+/// The version of everything that travels. Peers of another version are refused.
+constexpr std::uint16_t kProtocolVersion = 1;
+
+/**
+ * @brief How a proxy introduces each of the two sockets of a connection.
+ * @details The instance ties the two together. The sender's id is a claim: within one user's
+ *          processes there is nobody to attest it.
+ */
+struct Hello {
+  rpc_port_port_type_e portType;
+  std::string instance;
+  std::string sender;
+};
+
+/// The hello's fixed part: magic, version, port type, and the lengths of the two texts.
+struct HelloHead {
+  std::uint32_t magic;
+  std::uint16_t version;
+  std::uint16_t portType;
+  std::uint16_t instanceSize;
+  std::uint16_t senderSize;
+};
+constexpr std::size_t kHelloHeadSize = 12;
+static_assert(sizeof(HelloHead) == kHelloHeadSize, "the head travels as it lies in memory");
+constexpr std::size_t kMaxHello = kHelloHeadSize + kMaxInstance + kMaxAppId;
+
+/// The stub's answer: the magic number and the version.
+struct Welcome {
+  std::uint32_t magic;
+  std::uint32_t version;
+};
+constexpr std::size_t kWelcomeSize = 8;
+static_assert(sizeof(Welcome) == kWelcomeSize, "the welcome travels as it lies in memory");
+
+Buffer encodeHello(const Hello &hello);
+std::optional<Hello> decodeHello(const Buffer &payload);
+
+Buffer encodeWelcome();
+bool isWelcome(const Buffer &payload);
+
+/// A name for a new connection that no other connection of any process has.
+std::string makeInstance();
+
+} // namespace platform::rpc
+
+#endif

@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a line looks like.
+#include "support/Child.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstring>
+#include <ctime>
+#include <dlog.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+namespace {
+
+using testing::MatchesRegex;
+
+constexpr std::size_t kMaxLine = 4096;
+
+/** @brief The one write with which a child logs this. */
+std::string logged(const std::function<void()> &log) {
+  const Outcome outcome = inChild({}, [&log] {
+    log();
+    return 0;
+  });
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.writes.size(), 1U);
+  return outcome.all();
+}
+
+/** @brief Not time(): its clock may be a tick behind, which shows once in some hundred seconds. */
+time_t secondNow() {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return now.tv_sec;
+}
+
+std::string stampOf(time_t seconds) {
+  char text[sizeof "MM-DD HH:MM:SS"];
+  tm local{};
+  localtime_r(&seconds, &local);
+  strftime(text, sizeof text, "%m-%d %H:%M:%S", &local);
+  return text;
+}
+
+TEST(ALine, HasATimeAPriorityATagAProcessAndAText) {
+  const Outcome outcome = inChild({}, [] {
+    dlog_print(DLOG_ERROR, "TAG", "text %d", 7);
+    return 0;
+  });
+
+  char pid[16];
+  snprintf(pid, sizeof pid, "%5d", outcome.pid);
+  EXPECT_THAT(outcome.all(),
+              MatchesRegex("[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3} E/TAG     \\("
+                           + std::string(pid) + "\\): text 7\n"));
+}
+
+TEST(ALine, HasTheLocalTime) {
+  setenv("TZ", "XXX-05:30", 1); // nobody's own
+  tzset();
+  const time_t before = secondNow();
+
+  const std::string line = logged([] { dlog_print(DLOG_ERROR, "TAG", "text"); });
+
+  const time_t after = secondNow();
+  std::vector<std::string> possible;
+  for (time_t second = before; second <= after; ++second) {
+    possible.push_back(stampOf(second));
+  }
+  EXPECT_THAT(possible, testing::Contains(line.substr(0, 14)));
+}
+
+TEST(ALine, HasTheProcessIdOfAForkedProcess) {
+  const Outcome outcome = inChild({}, [] {
+    dlog_print(DLOG_ERROR, "TAG", "parent");
+    return inChild({}, [] { return dlog_print(DLOG_ERROR, "TAG", "%d", getpid()) > 0 ? 0 : 1; })
+                       .all()
+                       .find("TAG")
+                   != std::string::npos
+               ? 0
+               : 1;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(ALine, HasATagOfAnyLength) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "T", "x"); })), "E/T       : x\n");
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "EIGHTISH", "x"); })),
+            "E/EIGHTISH: x\n");
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "NORIX-APPSDK", "x"); })),
+            "E/NORIX-APPSDK: x\n");
+}
+
+TEST(ALine, ShowsTheBeginningOfAVeryLongTag) {
+  const std::string tag(5000, 'T');
+
+  const std::string line = logged([&] { dlog_print(DLOG_ERROR, tag.c_str(), "x"); });
+
+  EXPECT_EQ(withoutTimeAndPid(line), "E/" + std::string(128, 'T') + ": x\n");
+}
+
+TEST(ALine, HasAnEmptyTagForNone) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, nullptr, "x"); })),
+            "E/        : x\n");
+}
+
+TEST(ALine, MayHaveAnEmptyText) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "TAG", "%s", ""); })),
+            "E/TAG     : \n");
+}
+
+TEST(ALine, MayHaveFloatingPointArguments) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "TAG", "%.1f %d", 0.5, 3); })),
+            "E/TAG     : 0.5 3\n");
+}
+
+struct Letter {
+  log_priority priority;
+  char letter;
+};
+
+class APriority : public testing::TestWithParam<Letter> {};
+
+TEST_P(APriority, HasItsLetter) {
+  const std::string line = logged([] { dlog_print(GetParam().priority, "TAG", "x"); });
+
+  EXPECT_EQ(withoutTimeAndPid(line), std::string(1, GetParam().letter) + "/TAG     : x\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, APriority,
+                         testing::Values(Letter{DLOG_VERBOSE, 'V'}, Letter{DLOG_DEBUG, 'D'},
+                                         Letter{DLOG_INFO, 'I'}, Letter{DLOG_WARN, 'W'},
+                                         Letter{DLOG_ERROR, 'E'}, Letter{DLOG_FATAL, 'F'}),
+                         [](const auto &row) { return std::string(1, row.param.letter); });
+
+class NoPriority : public testing::TestWithParam<log_priority> {};
+
+TEST_P(NoPriority, IsRefused) {
+  const Outcome outcome = inChild({}, [] {
+    return dlog_print(GetParam(), "TAG", "x") == DLOG_ERROR_INVALID_PARAMETER ? 0 : 1;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.all(), "");
+}
+
+TEST_P(NoPriority, IsRefusedWhateverTheFilter) {
+  const Outcome outcome = inChild({{"DLOG_FILTER", "TAG:S *:W"}}, [] {
+    dlog_print(DLOG_VERBOSE, "TAG", "the filter is known from here on");
+    return dlog_print(GetParam(), "TAG", "x") == DLOG_ERROR_INVALID_PARAMETER ? 0 : 1;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.all(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, NoPriority,
+                         testing::Values(DLOG_UNKNOWN, DLOG_DEFAULT, DLOG_SILENT, DLOG_PRIO_MAX));
+
+TEST(NoFormat, IsRefused) {
+  const Outcome outcome = inChild({}, [] {
+    const char *volatile none = nullptr;
+    return dlog_print(DLOG_ERROR, "TAG", none, 0) == DLOG_ERROR_INVALID_PARAMETER ? 0 : 1;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.all(), "");
+}
+
+TEST(NoFormat, IsRefusedAlsoForALineThatTheFilterDrops) {
+  const Outcome outcome = inChild({{"DLOG_FILTER", "*:S"}}, [] {
+    const char *volatile none = nullptr;
+    dlog_print(DLOG_ERROR, "TAG", "the filter is known from here on");
+    return dlog_print(DLOG_ERROR, "TAG", none, 0) == DLOG_ERROR_INVALID_PARAMETER ? 0 : 1;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST(AFormatThatCannotBeFollowed, IsRefused) {
+  const Outcome outcome = inChild({}, [] {
+    const wchar_t noCharacter[] = {static_cast<wchar_t>(0x7fffffff), 0};
+    return dlog_print(DLOG_ERROR, "TAG", "%ls", noCharacter) == DLOG_ERROR_INVALID_PARAMETER ? 0
+                                                                                             : 1;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.all(), "");
+}
+
+int printList(const char *fmt, ...) __attribute__((format(printf, 1, 2)));
+
+int printList(const char *fmt, ...) {
+  va_list ap;
+  va_start(ap, fmt);
+  const int result = dlog_vprint(DLOG_WARN, "TAG", fmt, ap);
+  va_end(ap);
+  return result;
+}
+
+TEST(AList, OfArgumentsIsLoggedAlike) {
+  const std::string line = logged([] { printList("%s %d %.2f", "x", 1, 0.25); });
+
+  EXPECT_EQ(withoutTimeAndPid(line), "W/TAG     : x 1 0.25\n");
+}
+
+TEST(TheResult, IsTheNumberOfBytesWritten) {
+  const Outcome outcome = inChild({}, [] { return dlog_print(DLOG_ERROR, "TAG", "text"); });
+
+  EXPECT_EQ(static_cast<std::size_t>(outcome.status), outcome.all().size());
+}
+
+TEST(ATextOfSeveralLines, HasAHeaderForEachAndIsOneWrite) {
+  const std::string lines = logged([] { dlog_print(DLOG_ERROR, "TAG", "one\ntwo\n\nfour"); });
+
+  EXPECT_EQ(withoutTimeAndPid(lines),
+            "E/TAG     : one\nE/TAG     : two\nE/TAG     : \nE/TAG     : four\n");
+}
+
+TEST(ATextOfSeveralLines, MayBeginWithAnEmptyOne) {
+  const std::string lines = logged([] { dlog_print(DLOG_ERROR, "TAG", "\ntwo"); });
+
+  EXPECT_EQ(withoutTimeAndPid(lines), "E/TAG     : \nE/TAG     : two\n");
+}
+
+TEST(ANewlineAtTheEnd, AddsNoLine) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "TAG", "one\n"); })),
+            "E/TAG     : one\n");
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "TAG", "one\ntwo\n"); })),
+            "E/TAG     : one\nE/TAG     : two\n");
+}
+
+TEST(ANewlineAtTheEnd, AloneIsAnEmptyLine) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "TAG", "\n"); })),
+            "E/TAG     : \n");
+}
+
+/** @brief Texts of lengths around the bound, and far beyond it. */
+class ALongText : public testing::TestWithParam<std::size_t> {};
+
+INSTANTIATE_TEST_SUITE_P(OfBytes, ALongText,
+                         testing::Values(4000, 4057, 4058, 4059, 4060, 4095, 4096, 4097, 1000000));
+
+TEST_P(ALongText, IsCutAtTheBound) {
+  const std::string text(GetParam(), 'x');
+
+  const std::string line = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
+
+  const std::size_t header = line.find("): ") + 3;
+  EXPECT_EQ(line.size(), std::min(kMaxLine, header + text.size() + 1));
+  EXPECT_EQ(line.substr(header), std::string(line.size() - header - 1, 'x') + "\n");
+}
+
+TEST_P(ALongText, OfLinesIsCutAtTheBound) {
+  std::string text;
+  while (text.size() < GetParam()) {
+    text += "0123456789012345678901234567890123456789\n";
+  }
+
+  const std::string lines = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
+
+  EXPECT_LE(lines.size(), kMaxLine);
+  EXPECT_GT(lines.size(), kMaxLine - 100);
+  EXPECT_EQ(lines.back(), '\n');
+}
+
+TEST_P(ALongText, OfNewlinesIsCutAtTheBound) {
+  const std::string text(GetParam(), '\n');
+
+  const std::string lines = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
+
+  EXPECT_LE(lines.size(), kMaxLine);
+  EXPECT_GT(lines.size(), kMaxLine - 100);
+  EXPECT_EQ(lines.back(), '\n');
+}
+
+TEST(Errno, CanBeLogged) {
+  const std::string line = logged([] {
+    const char *volatile extension = "%m"; // which -Wpedantic does not like to see
+    errno = ENOENT;
+    dlog_print(DLOG_ERROR, "TAG", extension, 0);
+  });
+
+  EXPECT_EQ(withoutTimeAndPid(line), "E/TAG     : No such file or directory\n");
+}
+
+TEST(Errno, IsLoggedAsItWasAlsoWhenTheTimeZoneIsUnknown) {
+  const Outcome outcome = inChild({{"TZ", ":/no such folder/zone"}}, [] {
+    const char *volatile extension = "%m";
+    errno = ENOTTY;
+    dlog_print(DLOG_ERROR, "TAG", extension, 0);
+    return 0;
+  });
+
+  EXPECT_EQ(withoutTimeAndPid(outcome.all()), "E/TAG     : Inappropriate ioctl for device\n");
+}
+
+TEST(Errno, IsLeftAsItIs) {
+  const Outcome outcome = inChild({{"DLOG_FILTER", "A:S"}, {"DLOG_FILE", "/no such folder/x"}}, [] {
+    int changes = 0;
+    for (const char *tag : {"A", "B", "A", "B"}) {
+      errno = ENOTTY;
+      dlog_print(DLOG_ERROR, tag, "x");
+      changes += errno != ENOTTY ? 1 : 0;
+    }
+    close(STDERR_FILENO);
+    errno = ENOTTY;
+    changes += dlog_print(DLOG_ERROR, "B", "x") > 0 || errno != ENOTTY ? 1 : 0;
+    return changes;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+}
+
+} // namespace

@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: Apache-2.0
+// What happens when something runs out, or ends up where it should not.
+#include "support/Ends.h"
+#include "support/Program.h"
+#include "support/RawSocket.h"
+
+#include <Ecore.h>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace rpc_test {
+namespace {
+
+using testing::IsEmpty;
+
+/// Sets how many descriptors the process can have, and takes that back.
+class DescriptorLimit {
+public:
+  explicit DescriptorLimit(rlim_t limit) {
+    getrlimit(RLIMIT_NOFILE, &_before);
+    const rlimit now = {limit, _before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &now);
+  }
+  ~DescriptorLimit() { setrlimit(RLIMIT_NOFILE, &_before); }
+  DescriptorLimit(const DescriptorLimit &) = delete;
+  DescriptorLimit &operator=(const DescriptorLimit &) = delete;
+
+private:
+  rlimit _before = {};
+};
+
+class RunningOutOfDescriptors : public Runtime {
+protected:
+  /// UndefinedBehaviorSanitizer needs descriptors the first time that it sees a type.
+  void SetUp() override {
+    ASSERT_EQ(stub.listen(), RPC_PORT_ERROR_NONE);
+    ProxyEnd proxy;
+    proxy.connect();
+    proxy.connect("nobody");
+    ASSERT_TRUE(runUntil([&] { return !proxy.mainPorts.empty() && proxy.rejections == 1; }));
+    proxy.destroy();
+    ASSERT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
+  }
+
+  StubEnd stub;
+};
+
+TEST_F(RunningOutOfDescriptors, MakesConnectionsWaitUntilThereAreSome) {
+  const auto main = RawSocket::connectTo(socketPath(kPort));
+  const auto callback = RawSocket::connectTo(socketPath(kPort));
+  main->send(frame(kHello, hello(0, "i", "org.example.raw")));
+  callback->send(frame(kHello, hello(1, "i", "org.example.raw")));
+  {
+    const DescriptorLimit none(3);
+    settle();
+  }
+  EXPECT_EQ(stub.instances.size(), 1U);
+  EXPECT_FALSE(main->hasEnded());
+
+  EXPECT_TRUE(runUntil([&] { return stub.instances.size() == 2; }));
+}
+
+TEST_F(RunningOutOfDescriptors, LeavesTheLoopIdle) {
+  const auto main = RawSocket::connectTo(socketPath(kPort));
+  const DescriptorLimit none(3);
+  settle();
+  bool isDue = false;
+  int turns = 0;
+  ecore_timer_add(
+      0.05,
+      [](void *data) -> Eina_Bool {
+        *static_cast<bool *>(data) = true;
+        return ECORE_CALLBACK_CANCEL;
+      },
+      &isDue);
+
+  // A turn of an idle loop lasts until something happens; a busy loop has thousands meanwhile.
+  EXPECT_TRUE(runUntil([&] { return ++turns > 0 && isDue; }));
+
+  EXPECT_LT(turns, 100);
+}
+
+TEST_F(RunningOutOfDescriptors, RejectsAProxysConnection) {
+  ProxyEnd proxy;
+  {
+    const DescriptorLimit none(3);
+    proxy.connect();
+  }
+
+  EXPECT_TRUE(runUntil([&] { return proxy.rejections == 1; }));
+}
+
+class APeerThatDoesNotRead : public ConnectedEnds {};
+
+TEST_F(APeerThatDoesNotRead, IsDisconnectedAtTheBoundAndNotBefore) {
+  const rpc_port_h port = proxy.port(RPC_PORT_PORT_MAIN);
+  const std::string text(std::size_t{1} << 20, 'x');
+  int sent = 0;
+
+  while (sent < 100 && sendText(port, text) == RPC_PORT_ERROR_NONE) {
+    ++sent;
+  }
+
+  EXPECT_GE(sent, 15);
+  EXPECT_LE(sent, 18);
+  EXPECT_EQ(proxy.endings, 0);
+  EXPECT_TRUE(runUntil([&] { return proxy.endings == 1; }));
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
+}
+
+TEST_F(APeerThatDoesNotRead, KeepsNobodyElseFromBeingServed) {
+  const auto main = RawSocket::connectTo(socketPath(kPort));
+  const auto callback = RawSocket::connectTo(socketPath(kPort));
+  main->send(frame(kHello, hello(0, "deaf", "org.example.raw")));
+  callback->send(frame(kHello, hello(1, "deaf", "org.example.raw")));
+  ASSERT_TRUE(runUntil([&] { return stub.instances.size() == 2; }));
+  sendText(stub.port(RPC_PORT_PORT_CALLBACK, 1), std::string(std::size_t{8} << 20, 'x'));
+
+  sendText(stub.port(RPC_PORT_PORT_CALLBACK, 0), "served");
+
+  EXPECT_TRUE(runUntil([&] { return !proxy.texts.empty(); }));
+  EXPECT_THAT(stub.ended, IsEmpty());
+}
+
+TEST_F(APeerThatDoesNotRead, IsSentASingleMessageOfAnyLength) {
+  const std::string text(std::size_t{40} << 20, 'x');
+
+  EXPECT_EQ(sendText(proxy.port(RPC_PORT_PORT_MAIN), text), RPC_PORT_ERROR_NONE);
+  EXPECT_EQ(sendText(proxy.port(RPC_PORT_PORT_MAIN), "and one more"), RPC_PORT_ERROR_NONE);
+
+  EXPECT_TRUE(runUntil([&] { return stub.texts.size() == 2; }));
+  EXPECT_TRUE(stub.texts.at(0) == text);
+}
+
+TEST_F(APeerThatDoesNotRead, DoesNotKeepAStubFromBeingDestroyed) {
+  sendText(stub.port(RPC_PORT_PORT_CALLBACK), std::string(std::size_t{8} << 20, 'x'));
+
+  stub.destroy();
+
+  EXPECT_TRUE(runUntil([&] { return proxy.endings == 1; }));
+}
+
+class AFloodOfHalfConnections : public Runtime {};
+
+TEST_F(AFloodOfHalfConnections, DrivesOutTheOldestAndLeavesRoomForNewOnes) {
+  StubEnd stub;
+  ASSERT_EQ(stub.listen(), RPC_PORT_ERROR_NONE);
+  std::vector<std::unique_ptr<RawSocket>> flood;
+  for (int i = 0; i < 256; ++i) {
+    flood.push_back(RawSocket::connectTo(socketPath(kPort)));
+    ASSERT_NE(flood.back(), nullptr);
+  }
+  settle();
+  EXPECT_FALSE(flood.front()->hasEnded());
+  ProxyEnd proxy;
+
+  proxy.connect();
+
+  EXPECT_TRUE(runUntil([&] { return proxy.mainPorts.size() == 1; }));
+  EXPECT_TRUE(flood.at(0)->hasEnded());
+  EXPECT_FALSE(flood.at(2)->hasEnded());
+}
+
+class AForkedChild : public ConnectedEnds {
+protected:
+  /// Forks a child that does something and then stays until the test has ended.
+  template <typename Action>
+  void forkChild(Action action) {
+    int ready[2] = {};
+    ASSERT_EQ(pipe(ready), 0);
+    child = fork();
+    if (child == 0) {
+      action();
+      (void)!write(ready[1], "!", 1);
+      pause();
+      _exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    close(ready[0]);
+    close(ready[1]);
+  }
+
+  void TearDown() override {
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+  }
+
+  pid_t child = -1;
+};
+
+TEST_F(AForkedChild, DoesNotKeepAConnectionAlive) {
+  const auto main = RawSocket::connectTo(socketPath(kPort));
+  const auto callback = RawSocket::connectTo(socketPath(kPort));
+  main->send(frame(kHello, hello(0, "i", "org.example.raw")));
+  callback->send(frame(kHello, hello(1, "i", "org.example.raw")));
+  ASSERT_TRUE(runUntil([&] { return stub.instances.size() == 2; }));
+  main->receive();
+
+  forkChild([] {});
+  stub.destroy();
+
+  EXPECT_TRUE(main->hasEnded());
+}
+
+TEST_F(AForkedChild, DoesNotKeepAPortListenedOn) {
+  forkChild([] {});
+  stub.destroy();
+  StubEnd next;
+
+  EXPECT_EQ(next.listen(), RPC_PORT_ERROR_NONE);
+}
+
+TEST_F(AForkedChild, LeavesTheParentsConnectionAndPortAloneWhenItDestroysItsCopies) {
+  forkChild([this] {
+    proxy.destroy();
+    stub.destroy();
+  });
+
+  sendText(proxy.port(RPC_PORT_PORT_MAIN), "still there");
+  EXPECT_TRUE(runUntil([&] { return !stub.texts.empty(); }));
+  ProxyEnd other;
+  other.connect();
+  EXPECT_TRUE(runUntil([&] { return other.mainPorts.size() == 1; }));
+}
+
+TEST_F(AForkedChild, CannotSendOnItsParentsPorts) {
+  int result = 0;
+  int status = 0;
+  child = fork();
+  if (child == 0) {
+    result = sendText(proxy.port(RPC_PORT_PORT_MAIN), "from the child");
+    _exit(result == RPC_PORT_ERROR_IO_ERROR ? 0 : 1);
+  }
+
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+
+  EXPECT_EQ(status, 0);
+  settle();
+  EXPECT_THAT(stub.texts, IsEmpty());
+}
+
+class AnExecutedProgram : public ConnectedEnds {};
+
+TEST_F(AnExecutedProgram, InheritsNoDescriptor) {
+  const std::size_t listed = countDescriptors();
+  FILE *output = popen("ls -l /proc/self/fd | grep -c socket", "re");
+  ASSERT_NE(output, nullptr);
+  int sockets = -1;
+
+  EXPECT_EQ(fscanf(output, "%d", &sockets), 1);
+
+  pclose(output);
+  EXPECT_EQ(sockets, 0);
+  EXPECT_EQ(countDescriptors(), listed);
+}
+
+/// How many times Ecore is initialised at the moment.
+int countInits() {
+  const int count = ecore_init() - 1;
+  ecore_shutdown();
+  return count;
+}
+
+class AStubBeforeEcoreIsInitialised : public Runtime {};
+
+TEST_F(AStubBeforeEcoreIsInitialised, InitialisesItAndShutsItDownAgain) {
+  ecore_shutdown(); // What the fixture did.
+  const int before = countInits();
+  rpc_port_stub_h stub = nullptr;
+
+  EXPECT_EQ(rpc_port_stub_create(&stub, kPort), RPC_PORT_ERROR_NONE);
+  EXPECT_EQ(rpc_port_stub_listen(stub), RPC_PORT_ERROR_NONE);
+  EXPECT_GE(countInits(), 1);
+  EXPECT_EQ(rpc_port_stub_destroy(stub), RPC_PORT_ERROR_NONE);
+
+  EXPECT_EQ(countInits(), before);
+  ecore_init();
+}
+
+class AnApplicationThatShutsEcoreDownFirst : public Runtime {};
+
+TEST_F(AnApplicationThatShutsEcoreDownFirst, CanStillDestroyItsStubAndProxy) {
+  StubEnd stub;
+  ProxyEnd proxy;
+  stub.listen();
+  proxy.connect();
+  ASSERT_TRUE(runUntil([&] { return proxy.mainPorts.size() == 1; }));
+
+  ecore_shutdown();
+  EXPECT_EQ(rpc_port_proxy_destroy(std::exchange(proxy.handle, nullptr)), RPC_PORT_ERROR_NONE);
+  EXPECT_EQ(rpc_port_stub_destroy(std::exchange(stub.handle, nullptr)), RPC_PORT_ERROR_NONE);
+
+  EXPECT_GE(ecore_init(), 1);
+}
+
+TEST_F(Runtime, SurvivesAPeerThatIsGoneWhileItSends) {
+  std::signal(SIGPIPE, SIG_DFL); // Ecore ignores it; an application may have other plans.
+  StubEnd stub;
+  ASSERT_EQ(stub.listen(), RPC_PORT_ERROR_NONE);
+  Program peer("proxy");
+  ASSERT_TRUE(runUntil([&] { return !stub.texts.empty(); }));
+  peer.kill();
+
+  int result = RPC_PORT_ERROR_NONE;
+  for (int i = 0; i < 10 && result == RPC_PORT_ERROR_NONE; ++i) {
+    result = sendText(stub.port(RPC_PORT_PORT_CALLBACK), "to nobody");
+  }
+
+  EXPECT_EQ(result, RPC_PORT_ERROR_IO_ERROR);
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
+}
+
+} // namespace
+} // namespace rpc_test
