@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NORIX_NORIXIMPL_MESSAGESERVICE_H
+#define NORIX_NORIXIMPL_MESSAGESERVICE_H
+
+#include "message/message.h"
+
+#include <memory>
+#include <string>
+#include <unordered_set>
+
+namespace norix {
+
+// What a connected proxy gets: it may register and drop its response delegate and send requests, if
+// the allow list names it.
+class messageService : public rpc_port::message::stub::message::ServiceBase {
+public:
+  using Bundle = rpc_port::message::Bundle;
+  using ResponseCB = rpc_port::message::stub::message::ResponseCB;
+
+  class Factory final : public ServiceBase::Factory {
+  public:
+    std::unique_ptr<ServiceBase> CreateService(std::string sender, std::string instance) override;
+  };
+
+  messageService(std::string senderAppId, std::string instanceId);
+
+  void OnCreate() override;
+  void OnTerminate() override;
+  int SetCB(std::unique_ptr<ResponseCB> responseCb) override;
+  int UnsetCB() override;
+  void Send(Bundle request) override;
+
+  // Whether the sender may be served. Without the allow-list file everybody may.
+  bool isPermittedSender();
+
+private:
+  // The lines of the allow-list file, each exactly as it stands there. The file is read until it
+  // has yielded one; its later changes count for new connections only.
+  std::unordered_set<std::string> _allowedAppIds;
+};
+
+} // namespace norix
+
+#endif

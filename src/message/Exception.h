@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NORIX_MESSAGE_EXCEPTION_H
+#define NORIX_MESSAGE_EXCEPTION_H
+
+namespace rpc_port::message::stub {
+
+// What the message channel throws. The type is the whole message: the classes are empty, and none
+// is a std::exception.
+class Exception {};
+
+// The delegate has no callback port, or the connection that registered it is gone.
+class NotConnectedSocketException : public Exception {};
+
+// A once-only delegate was invoked before.
+class InvalidCallbackException : public Exception {};
+
+// The stub could not be created or could not listen.
+class InvalidIOException : public Exception {};
+
+} // namespace rpc_port::message::stub
+
+#endif

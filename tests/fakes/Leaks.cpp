@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fakes/Leaks.h"
+
+#include "fakes/Heap.h"
+#include "fakes/Platform.h"
+
+#include <algorithm>
+
+namespace fake {
+
+namespace {
+
+std::size_t blocksOf(Heap::Owner owner) {
+  const auto &blocks = Heap::instance().blocks();
+  return static_cast<std::size_t>(
+      std::count_if(blocks.begin(), blocks.end(),
+                    [owner](const auto &block) { return block.second.owner == owner; }));
+}
+
+} // namespace
+
+void Leaks::expectLeft(DeliberateLeak leak, std::size_t times) {
+  const Left left = leftBy(leak);
+  _expected.bundles += left.bundles * times;
+  _expected.stubs += left.stubs * times;
+  _expected.timers += left.timers * times;
+  _expected.platformTexts += left.platformTexts * times;
+  _expected.libraryBlocks += left.libraryBlocks * times;
+}
+
+std::vector<std::string> Leaks::complaints() const {
+  std::vector<std::string> found;
+  const auto compare = [&found](const std::string &what, std::size_t left, std::size_t expected) {
+    if (left != expected) {
+      found.push_back(std::to_string(left) + " " + what + " left, expected "
+                      + std::to_string(expected));
+    }
+  };
+  compare("bundles", platform().bundles.alive(), _expected.bundles);
+  compare("stubs", platform().ports.stubsAlive(), _expected.stubs);
+  compare("parcels", platform().ports.parcelsAlive(), 0);
+  compare("app infos", platform().application.infosAlive(), 0);
+  compare("timers", platform().clock.alive().size(), _expected.timers);
+  compare("texts of the platform", blocksOf(Heap::Owner::PlatformText), _expected.platformTexts);
+  compare("heap blocks of the library", blocksOf(Heap::Owner::Library), _expected.libraryBlocks);
+  return found;
+}
+
+} // namespace fake

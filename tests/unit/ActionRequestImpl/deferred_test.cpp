@@ -1,0 +1,431 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Requests that arrive before their callback is registered.
+#include "ActionRequestImplAccess.h"
+
+#include "NorixImpl/NorixCommonData.h"
+
+#include "fakes/LibraryTest.h"
+#include "fakes/LogMatchers.h"
+#include "fakes/NoClient.h"
+
+#include <norix.h>
+
+#include <stdexcept>
+
+namespace {
+
+using fake::DeliberateLeak;
+using fake::IsLine;
+using fake::library;
+using fake::LinesAre;
+using fake::ParcelsAre;
+using fake::platform;
+using fake::ResponsesAre;
+using fake::TextsAre;
+using norix::ActionRequestImpl;
+using norix::ActionRequestImplAccess;
+using norix::NorixCommonData;
+using testing::IsEmpty;
+
+constexpr const char *kFile = "ActionRequestImpl.cpp";
+constexpr const char *kTickFunction = "_actionExecutionFireCb";
+constexpr const char *kTick = "_actionExecutionFireCb called";
+constexpr double kInterval = 0.02;
+
+auto isTickLine(const char *text) {
+  return IsLine(kFile, kTickFunction, text);
+}
+
+class AnEarlyRequest : public fake::ReadyLibraryTest {
+protected:
+  void SetUp() override {
+    ReadyLibraryTest::SetUp();
+    assistant.asksForAction("play", 42); // timer 1
+    const std::vector<fake::FakeTimer> timers = platform().clock.alive();
+    ASSERT_EQ(timers.size(), 1U);
+    tick = timers[0].callback;
+  }
+
+  static void ticks(int times) { platform().clock.advance(kInterval * times); }
+  // Calls the timer's callback out of turn.
+  Eina_Bool fires(void *data) const {
+    return library([this, data] { return tick(data); });
+  }
+  static ActionRequestImpl *object() { return ActionRequestImpl::_instance; }
+
+  Ecore_Task_Cb tick = nullptr;
+};
+
+TEST_F(AnEarlyRequest, IsParkedAndRetried) {
+  const fake::FakeTimer timer = platform().clock.alive()[0];
+
+  EXPECT_EQ(timer.interval, 0.02);
+  EXPECT_EQ(timer.data, object());
+  EXPECT_THAT(logLines().back(), IsLine(kFile, "receiveRequest",
+                                        "There is no matching action execution callback, waiting "
+                                        "for sometime to see if reg can happen"));
+  EXPECT_EQ(fake::contentsOf(ActionRequestImplAccess::pendingBundle()),
+            fake::actionRequest("play", 42));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, DrawsNoHandle) {
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerIndex, 1);
+  EXPECT_THAT(NorixCommonData::_instance->_actionHandlerMap, IsEmpty());
+  EXPECT_EQ(NorixCommonData::_instance->_norixClientAppId, fake::kAssistantId);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsDeliveredByTheTickAfterTheRegistration) {
+  ticks(2);
+  EXPECT_THAT(app.actionRequests, IsEmpty());
+  platform().clock.advance(0.01); // 0.05 s
+  app.registersFor("play");
+
+  platform().clock.advance(0.01);
+
+  ASSERT_EQ(app.actionRequests.size(), 1U);
+  EXPECT_EQ(app.actionRequests[0].params, fake::actionRequest("play", 42));
+  EXPECT_STREQ(static_cast<const char *>(app.actionRequests[0].handle), "play");
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsDeliveredByTheFifthTickAtTheLatest) {
+  ticks(4);
+  app.registersFor("play");
+
+  ticks(1);
+
+  EXPECT_EQ(app.actionRequests.size(), 1U);
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsLoggedWhenItIsDelivered) {
+  ticks(1);
+  app.registersFor("play");
+  forgetCalls();
+
+  ticks(1);
+
+  ASSERT_EQ(log().size(), 2U);
+  EXPECT_THAT(logLines()[0], isTickLine(kTick));
+  EXPECT_EQ(logLines()[1].function, kTickFunction);
+  EXPECT_EQ(logLines()[1].format, "%s %s %s(%d): Found execute action Id: %s  Callback: %p");
+  EXPECT_THAT(log()[1],
+              testing::MatchesRegex("Found execute action Id: play  Callback: 0x[0-9a-f]+"));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, StartsTheThirtySecondsWithItsDelivery) {
+  std::vector<fake::FakeTimer> timers;
+  app.registersFor("play");
+  app.onAction = [&timers](const auto &) { timers = platform().clock.alive(); };
+
+  ticks(1);
+
+  ASSERT_EQ(timers.size(), 2U); // the tick's own ends when its callback returns
+  EXPECT_EQ(timers[1].interval, 30.0);
+  EXPECT_EQ(timers[1].data, object());
+  EXPECT_EQ(platform().clock.alive().size(), 1U);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, DrawsNoHandleWhenItIsDelivered) {
+  app.registersFor("play");
+
+  ticks(1);
+
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerIndex, 1);
+  EXPECT_THAT(NorixCommonData::_instance->_actionHandlerMap, IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, CannotBeAnsweredAndTimesOut) {
+  app.registersFor("play");
+  ticks(1);
+  forgetCalls();
+
+  EXPECT_EQ(app.answersAction("result"), NORIX_ERROR_NONE);
+  // "play", read as a number.
+  EXPECT_EQ(log().back(), "Couldn't find requestId corresponding to actionHandler 2036427888");
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+
+  platform().clock.advance(30);
+  EXPECT_THAT(assistant.responses(),
+              ResponsesAre({fake::actionFailure("Action execution request timed out", 42)}));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsGivenUpByTheSixthTick) {
+  ticks(5);
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  app.registersFor("play");
+
+  ticks(1);
+
+  EXPECT_THAT(app.actionRequests, IsEmpty());
+  EXPECT_THAT(
+      assistant.callbacks(),
+      ParcelsAre({fake::callback(
+          {}, fake::kAppId, fake::actionFailure("Action Execution callback not registered", 42))}));
+  EXPECT_THAT(platform().clock.alive(), IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsLoggedWhenItIsGivenUp) {
+  ticks(5);
+  forgetCalls();
+
+  ticks(1);
+
+  EXPECT_THAT(
+      logLines(),
+      LinesAre(
+          {isTickLine(kTick), isTickLine("There is no matching action execution callback."),
+           IsLine(kFile, "sendResponse", "App Id %s", "App Id org.example.music"),
+           IsLine(kFile, kTickFunction, "send reponse result: %d", "send reponse result: 0")}));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, HasNoTimerAnyMoreWhenItWasGivenUp) {
+  ticks(6);
+  platform().journal.clear();
+
+  assistant.asksForState(43);
+
+  EXPECT_THAT(calls({"ecore_timer_del"}),
+              TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)"}));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, LogsEveryTick) {
+  forgetCalls();
+
+  ticks(5);
+
+  EXPECT_THAT(log(), TextsAre({kTick, kTick, kTick, kTick, kTick}));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, LogsTheResultOfAFailedDelivery) {
+  assistant.unregisters();
+
+  ticks(6);
+
+  EXPECT_THAT(log().back(), "send reponse result: -1073741825");
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsGivenUpWithoutAWordToTheAssistantWhenThereIsNoBundle) {
+  ticks(5);
+  platform().faults.fail("bundle_create");
+
+  ticks(1);
+
+  EXPECT_THAT(logLines().back(), isTickLine("bundle_create is failed"));
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  EXPECT_THAT(platform().clock.alive(), IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsLookedUpAfreshByEveryTick) {
+  app.registersFor("play");
+  norix_unset_action_execution_cb("play");
+
+  ticks(5);
+
+  EXPECT_THAT(app.actionRequests, IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsAbandonedByTheNextRequest) {
+  assistant.asksForAction("stop", 43);
+  app.registersFor("play");
+  app.registersFor("stop");
+
+  ticks(1);
+
+  ASSERT_EQ(app.actionRequests.size(), 1U);
+  EXPECT_EQ(app.actionRequests[0].params, fake::actionRequest("stop", 43));
+  expectLeft(DeliberateLeak::ParkedBundle); // of the second alone
+}
+
+TEST_F(AnEarlyRequest, CountsItsTicksFromItsOwnArrival) {
+  ticks(5);
+  assistant.asksForAction("play", 43);
+
+  ticks(5);
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+
+  ticks(1);
+  EXPECT_THAT(assistant.responses(),
+              ResponsesAre({fake::actionFailure("Action Execution callback not registered", 43)}));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, NeverFiresAfterDeinitialisation) {
+  app.deinitialises();
+  forgetCalls();
+
+  platform().clock.advance(kLong);
+
+  EXPECT_THAT(log(), IsEmpty());
+  EXPECT_EQ(ActionRequestImplAccess::pendingBundle(), nullptr);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsDroppedWhenItsRecordIsMissing) {
+  ActionRequestImplAccess::addNullRecord("play");
+  forgetCalls();
+
+  ticks(1);
+
+  EXPECT_THAT(logLines(),
+              LinesAre({isTickLine(kTick),
+                        IsLine(kFile, kTickFunction, "Found execute action Id: %s  Callback: %p",
+                               "Found execute action Id: play  Callback: (nil)"),
+                        isTickLine("ActionExecutionInfo is null")}));
+  EXPECT_THAT(platform().clock.alive(), IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, IsNeitherParkedNorAnsweredWhileAnotherIs) {
+  forgetCalls();
+  bundle *second = platform().bundles.create(fake::actionRequest("stop", 43));
+
+  library([second] {
+    ActionRequestImpl::getInstance()->receiveRequest(fake::kAssistantId, "stop", second);
+    return 0;
+  });
+
+  EXPECT_EQ(log().size(), 1U);
+  EXPECT_THAT(calls({"bundle_create", "ecore_timer_add"}), IsEmpty());
+  EXPECT_EQ(ActionRequestImplAccess::pendingBundle(), nullptr); // dropped all the same
+  bundle_free(second);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+// A tick that cannot go on ends its timer, and the object goes on naming it.
+TEST_F(AnEarlyRequest, NeedsItsObject) {
+  forgetCalls();
+
+  EXPECT_EQ(fires(nullptr), ECORE_CALLBACK_CANCEL);
+
+  EXPECT_THAT(logLines(), LinesAre({isTickLine(kTick), isTickLine("actionPtr is null")}));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, NeedsAClient) {
+  forgetCalls();
+  {
+    const fake::NoClient noClient;
+    ticks(6);
+  }
+
+  EXPECT_THAT(logLines(), LinesAre({isTickLine(kTick), isTickLine("Norix Client app id is null")}));
+  EXPECT_THAT(platform().clock.alive(), IsEmpty());
+
+  forgetCalls();
+  assistant.asksForAction("play", 43);
+  EXPECT_THAT(
+      calls({"ecore_timer_del"}),
+      TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)", "ecore_timer_del(stale timer)"}));
+  expectLeft(DeliberateLeak::ParkedBundle); // of the second; the first was freed
+}
+
+TEST_F(AnEarlyRequest, TakesAClientWithAnEmptyId) {
+  NorixCommonData::_instance->_norixClientAppId.clear();
+  app.registersFor("play");
+
+  ticks(1);
+
+  EXPECT_EQ(app.actionRequests.size(), 1U);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, NeedsItsCopy) {
+  forgetCalls();
+  ActionRequestImplAccess::setPendingBundle(nullptr);
+
+  ticks(6);
+
+  EXPECT_THAT(logLines(),
+              LinesAre({isTickLine(kTick), isTickLine("ActionRequest bundle data is null")}));
+  EXPECT_THAT(platform().clock.alive(), IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, NeedsItsTimer) {
+  app.registersFor("play");
+  ticks(1); // delivered, with its copy still there and the timer's field empty
+  forgetCalls();
+
+  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
+
+  EXPECT_THAT(
+      logLines(),
+      LinesAre({isTickLine(kTick), isTickLine("ActionRequest _actionExecutionFireTimer is null")}));
+  EXPECT_EQ(app.actionRequests.size(), 1U);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, ChecksItsCopyBeforeItsTimer) {
+  app.deinitialises();
+  forgetCalls();
+
+  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
+
+  EXPECT_EQ(log().back(), "ActionRequest bundle data is null");
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, RenewsItsTimerUntilItIsDelivered) {
+  EXPECT_EQ(fires(object()), ECORE_CALLBACK_RENEW);
+
+  app.registersFor("play");
+  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
+  expectLeft(DeliberateLeak::ParkedBundle);
+
+  // Fired by the test and not by the clock: the timer is still there, and has nothing to do.
+  platform().clock.advance(1);
+  EXPECT_EQ(app.actionRequests.size(), 1U);
+}
+
+TEST_F(AnEarlyRequest, ThrowsOutOfTheTickWhenItsCopyHasNoActionId) {
+  bundle *without = platform().bundles.create({});
+  ActionRequestImplAccess::setPendingBundle(without);
+
+  EXPECT_THAT([] { ticks(1); }, testing::ThrowsMessage<std::logic_error>(
+                                    testing::StrEq("basic_string::_M_construct null not valid")));
+
+  bundle_free(without);
+  ActionRequestImplAccess::setPendingBundle(nullptr);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, GoesOnWithoutATimer) {
+  platform().faults.fail("ecore_timer_add");
+
+  assistant.asksForAction("play", 43);
+  platform().clock.advance(kLong);
+
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+class AnEarlyRequestWithoutMemory : public fake::ReadyLibraryTest {};
+
+TEST_F(AnEarlyRequestWithoutMemory, IsDropped) {
+  platform().faults.fail("bundle_create");
+
+  assistant.asksForAction("play", 42);
+  platform().clock.advance(kLong);
+
+  EXPECT_THAT(logLines().back(), IsLine(kFile, "receiveRequest", "bundle_create is failed"));
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  EXPECT_EQ(platform().journal.count("ecore_timer_add"), 0);
+}
+
+} // namespace

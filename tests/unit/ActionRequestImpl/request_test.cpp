@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Requests whose callback is registered.
+#include "ActionRequestImplAccess.h"
+
+#include "NorixImpl/NorixCommonData.h"
+
+#include "fakes/LibraryTest.h"
+#include "fakes/LogMatchers.h"
+
+#include <norix.h>
+
+namespace {
+
+using fake::IsLine;
+using fake::library;
+using fake::platform;
+using fake::TextsAre;
+using norix::ActionRequestImpl;
+using norix::ActionRequestImplAccess;
+using norix::NorixCommonData;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+constexpr const char *kFile = "ActionRequestImpl.cpp";
+
+class AnActionRequest : public fake::ReadyLibraryTest {
+protected:
+  void SetUp() override {
+    ReadyLibraryTest::SetUp();
+    app.registersFor("play");
+    forgetCalls();
+  }
+};
+
+TEST_F(AnActionRequest, IsHandedToItsCallback) {
+  assistant.asksForAction("play", 42);
+
+  ASSERT_EQ(app.actionRequests.size(), 1U);
+  EXPECT_EQ(app.actionRequests[0].params, fake::actionRequest("play", 42));
+}
+
+TEST_F(AnActionRequest, IsTheBundleThatArrivedAndNoFurtherCopy) {
+  int created = 0;
+  app.onAction = [&created](const auto &) { created = platform().bundles.created(); };
+
+  assistant.asksForAction("play", 42);
+
+  // The one that was read from the parcel, and the stub's copy of it for the service.
+  EXPECT_EQ(created, 2);
+}
+
+TEST_F(AnActionRequest, IsLogged) {
+  assistant.asksForAction("play", 42);
+
+  const fake::LogLine &line = logLines().back();
+  EXPECT_EQ(line.file, kFile);
+  EXPECT_EQ(line.function, "receiveRequest");
+  EXPECT_EQ(line.format, "%s %s %s(%d): Found execute action Id: %s  Callback: %p");
+  EXPECT_THAT(line.text, MatchesRegex("Found execute action Id: play  Callback: 0x[0-9a-f]+"));
+}
+
+TEST_F(AnActionRequest, StartsTheThirtySecondsBeforeTheCallback) {
+  std::vector<fake::FakeTimer> timers;
+  app.onAction = [&timers](const auto &) { timers = platform().clock.alive(); };
+
+  assistant.asksForAction("play", 42);
+
+  ASSERT_EQ(timers.size(), 1U);
+  EXPECT_EQ(timers[0].interval, COMPLETE_CHECKING_TIME * COMPLETE_WAITING_MAX_COUNT);
+  EXPECT_EQ(timers[0].interval, 30.0);
+  EXPECT_EQ(timers[0].data, ActionRequestImpl::_instance);
+}
+
+TEST_F(AnActionRequest, GetsTheNextHandle) {
+  assistant.asksForAction("play", 42);
+
+  const NorixCommonData *common = NorixCommonData::_instance;
+  EXPECT_EQ(common->_actionHandlerIndex, 2);
+  EXPECT_EQ(common->_actionHandlerMap.at(2), std::make_pair(std::string("play"), 42ULL));
+  EXPECT_EQ(app.actionRequests.back().handle, &common->_actionHandlers[2]);
+}
+
+TEST_F(AnActionRequest, TakesTheNumberFromWhoeverHadIt) {
+  NorixCommonData::_instance->_actionHandlerMap[2] = {"older", 7};
+
+  assistant.asksForAction("play", 42);
+
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.at(2),
+            std::make_pair(std::string("play"), 42ULL));
+}
+
+TEST_F(AnActionRequest, RecordsItsSender) {
+  assistant.asksForAction("play", 42);
+
+  EXPECT_EQ(NorixCommonData::_instance->_norixClientAppId, fake::kAssistantId);
+}
+
+TEST_F(AnActionRequest, IsDroppedWhenItsRecordIsMissing) {
+  ActionRequestImplAccess::addNullRecord("missing");
+
+  assistant.asksForAction("missing", 42);
+
+  EXPECT_EQ(log()[5], "Found execute action Id: missing  Callback: (nil)");
+  EXPECT_THAT(logLines()[6], IsLine(kFile, "receiveRequest", "ActionExecutionInfo is null"));
+  EXPECT_EQ(log().size(), 7U);
+  EXPECT_THAT(platform().clock.alive(), IsEmpty());
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerIndex, 1);
+}
+
+TEST_F(AnActionRequest, GoesOnWithoutATimer) {
+  platform().faults.fail("ecore_timer_add");
+
+  assistant.asksForAction("play", 42);
+
+  // Without a timer there is no wait, and every answer is late.
+  EXPECT_EQ(app.actionRequests.size(), 1U);
+  EXPECT_EQ(app.answersAction("result"), NORIX_ERROR_OPERATION_FAILED);
+}
+
+TEST_F(AnActionRequest, DropsTheParkedOneWithoutFreeingIt) {
+  bundle *parked = platform().bundles.create({});
+  ActionRequestImplAccess::setPendingBundle(parked);
+
+  assistant.asksForAction("play", 42);
+
+  EXPECT_EQ(ActionRequestImplAccess::pendingBundle(), nullptr);
+  expectLeft(fake::DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnActionRequest, IsAbandonedWithDeleteTimer) {
+  assistant.asksForAction("play", 42); // timer 1
+  forgetCalls();
+  const auto deleteTimer = [] {
+    library([] {
+      ActionRequestImpl::getInstance()->deleteTimer();
+      return 0;
+    });
+  };
+
+  deleteTimer();
+  deleteTimer();
+
+  EXPECT_THAT(calls({"ecore_timer_del", "bundle_free"}),
+              TextsAre({"ecore_timer_del(timer 1)", "ecore_timer_del(null)"}));
+  EXPECT_THAT(log(), IsEmpty());
+}
+
+TEST_F(AnActionRequest, LetsAnExceptionOfTheApplicationThrough) {
+  app.onAction = [](const auto &) { throw std::runtime_error("the application's"); };
+
+  EXPECT_THROW(assistant.asksForAction("play", 42), std::runtime_error);
+
+  app.onAction = nullptr;
+  assistant.asksForAction("play", 43);
+  EXPECT_EQ(app.answersAction("result"), NORIX_ERROR_NONE);
+}
+
+TEST_F(AnActionRequest, IsForgottenWithDeinitialisation) {
+  assistant.asksForAction("play", 42);
+
+  EXPECT_EQ(library([] { return ActionRequestImpl::getInstance()->deinitialize(); }),
+            NORIX_ERROR_NONE);
+
+  EXPECT_THAT(NorixCommonData::_instance->_actionHandlerMap, IsEmpty());
+  EXPECT_THAT(platform().clock.alive(), IsEmpty());
+}
+
+} // namespace
