@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Music: an application as one would write it, its state and actions in a class, driven by voice
+// through another one. What is particular about each action stands in VoiceControl.cpp.
+#include "Player.h"
+#include "VoiceControl.h"
+
+#include <norix.h>
+#include <service_app.h>
+#include <string_view>
+
+namespace {
+
+/** @brief The application: what lives from create to terminate. */
+struct Music {
+  Player player;
+  VoiceControl voice{player};
+};
+
+// The main loop exists by now, which the library needs. After false the application ends without
+// terminate; stop() takes back what start() had achieved.
+bool create(void *userData) {
+  VoiceControl &voice = static_cast<Music *>(userData)->voice;
+  if (!voice.start()) {
+    voice.stop();
+    return false;
+  }
+  return true;
+}
+
+// The main loop still exists here, which norix_deinitialize() needs, and is gone in main().
+void terminate(void *userData) {
+  static_cast<Music *>(userData)->voice.stop();
+}
+
+// "--allow-list FOLDER/": takes the list of who may send requests from another folder than the
+// device's, to try it out. Other arguments are left alone: a launcher passes some of its own.
+void readArguments(int argc, char **argv) {
+  for (int i = 1; i + 1 < argc; ++i) {
+    if (std::string_view(argv[i]) == "--allow-list") {
+      NORIX_PROXY_ALLOW_APPID_LIST_PATH = argv[i + 1];
+    }
+  }
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+  readArguments(argc, argv);
+  Music music;
+  service_app_lifecycle_callback_s callbacks = {};
+  callbacks.create = create;
+  callbacks.terminate = terminate;
+
+  return service_app_main(argc, argv, &callbacks, &music);
+}
