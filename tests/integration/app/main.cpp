@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// An application for tests: it does nothing of its own, but calls the library as it is told on its
+// standard input, and tells on its standard output what came of it. One JSON object a line, both
+// ways; TestApplication.h is the other end.
+#include "integration/app/CommandInput.h"
+#include "integration/app/VoiceApplication.h"
+
+#include <Ecore.h>
+
+int main(int argc, char **argv) {
+  ecore_app_no_system_modules();
+  if (ecore_init() == 0)
+    return 1;
+
+  integration::VoiceApplication application;
+  if (argc > 1)
+    integration::VoiceApplication::useAllowList(argv[1]);
+  {
+    const integration::CommandInput input(
+        [&application](const nlohmann::json &command) { application.execute(command); });
+    ecore_main_loop_begin();
+  }
+  ecore_shutdown();
+  return 0;
+}

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NORIX_TESTS_INTEGRATION_INTEGRATIONTEST_H
+#define NORIX_TESTS_INTEGRATION_INTEGRATIONTEST_H
+
+#include "assistant/client/MainLoop.h"
+#include "assistant/client/Session.h"
+#include "integration/harness/Process.h"
+#include "integration/harness/TemporaryRuntime.h"
+
+#include <gtest/gtest.h>
+
+namespace integration {
+
+// A desktop of its own, and the assistant's side in this process.
+class IntegrationTest : public ::testing::Test {
+protected:
+  // The order counts: the main loop already looks for the runtime folder.
+  TemporaryRuntime runtime;
+  norix::assistant::MainLoop loop;
+};
+
+} // namespace integration
+
+#endif

@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "integration/harness/Process.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <iterator>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+extern char **environ;
+
+namespace integration {
+namespace {
+
+constexpr int kCannotStart = 127;
+
+[[noreturn]] void fail(const std::string &what) {
+  throw std::runtime_error(what + ": " + std::strerror(errno));
+}
+
+struct Pipe {
+  FileDescriptor read;
+  FileDescriptor write;
+};
+
+Pipe makePipe() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0)
+    fail("pipe");
+  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+std::vector<std::string> environmentWith(const Process::Environment &additions) {
+  std::vector<std::string> merged;
+  for (char **entry = environ; *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    if (additions.count(text.substr(0, text.find('='))) == 0)
+      merged.push_back(text);
+  }
+  for (const auto &[name, value] : additions)
+    merged.emplace_back(name).append("=").append(value);
+  return merged;
+}
+
+std::vector<char *> pointersTo(std::vector<std::string> &texts) {
+  std::vector<char *> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string &text : texts)
+    pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+bool waitReadable(int descriptor, double seconds) {
+  constexpr double kMilliseconds = 1000.0;
+  pollfd watched{descriptor, POLLIN, 0};
+  int ready = 0;
+  do
+    ready = poll(&watched, 1, static_cast<int>(seconds * kMilliseconds));
+  while (ready < 0 && errno == EINTR);
+  return ready > 0;
+}
+
+} // namespace
+
+FileDescriptor::FileDescriptor(FileDescriptor &&other) noexcept
+    : _number(std::exchange(other._number, -1)) {}
+
+FileDescriptor &FileDescriptor::operator=(FileDescriptor &&other) noexcept {
+  std::swap(_number, other._number);
+  return *this;
+}
+
+FileDescriptor::~FileDescriptor() {
+  if (_number >= 0)
+    close(_number);
+}
+
+Process::Process(const std::vector<std::string> &command, const Environment &additions)
+    : _name(command.at(0)), _errors(memfd_create("errors", MFD_CLOEXEC)) {
+  Pipe input = makePipe();
+  Pipe output = makePipe();
+  std::vector<std::string> arguments = command;
+  std::vector<std::string> environment = environmentWith(additions);
+  const std::vector<char *> argv = pointersTo(arguments);
+  const std::vector<char *> envp = pointersTo(environment);
+
+  // Ecore watches children too, and trips over one that ends while Ecore shuts down.
+  std::signal(SIGCHLD, SIG_DFL);
+  std::signal(SIGPIPE, SIG_IGN); // Writing to a process that ended is an error, not our end.
+  _pid = fork();
+  if (_pid == 0) {
+    std::signal(SIGPIPE, SIG_DFL);
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // The test runner may kill a test that hangs.
+    dup2(input.read.get(), STDIN_FILENO);
+    dup2(output.write.get(), STDOUT_FILENO);
+    dup2(_errors.get(), STDERR_FILENO);
+    execve(argv[0], argv.data(), envp.data());
+    _exit(kCannotStart);
+  }
+  if (_pid < 0)
+    fail("fork");
+
+  _ended = FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, _pid, 0)));
+  _input = std::move(input.write);
+  _output = std::move(output.read);
+}
+
+Process::Process(Process &&other) noexcept
+    : _name(std::move(other._name)), _input(std::move(other._input)),
+      _output(std::move(other._output)), _errors(std::move(other._errors)),
+      _ended(std::move(other._ended)), _pid(std::exchange(other._pid, -1)),
+      _unread(std::move(other._unread)) {}
+
+Process::~Process() {
+  if (_pid < 0)
+    return;
+  kill(_pid, SIGKILL);
+  waitpid(_pid, nullptr, 0);
+}
+
+void Process::writeLine(const std::string &line) {
+  const std::string text = line + "\n";
+  if (write(_input.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+    fail("cannot write to " + _name);
+}
+
+void Process::closeInput() {
+  _input = FileDescriptor();
+}
+
+bool Process::readMore(double seconds) {
+  if (!waitReadable(_output.get(), seconds))
+    throw std::runtime_error("nothing more from " + _name + "; it wrote to standard error:\n"
+                             + errors());
+  std::array<char, 4096> chunk{};
+  const ssize_t count = read(_output.get(), chunk.data(), chunk.size());
+  if (count < 0)
+    fail("cannot read from " + _name);
+  _unread.append(chunk.data(), static_cast<size_t>(count));
+  return count > 0;
+}
+
+std::string Process::readLine(double seconds) {
+  size_t end = 0;
+  while ((end = _unread.find('\n')) == std::string::npos) {
+    if (!readMore(seconds))
+      throw std::runtime_error(_name + " closed its output; it wrote to standard error:\n"
+                               + errors());
+  }
+  std::string line = _unread.substr(0, end);
+  _unread.erase(0, end + 1);
+  return line;
+}
+
+std::string Process::readAll(double seconds) {
+  while (readMore(seconds)) {
+  }
+  return std::exchange(_unread, {});
+}
+
+std::string Process::errors() const {
+  struct stat status = {};
+  fstat(_errors.get(), &status);
+  std::string text(static_cast<size_t>(status.st_size), '\0');
+  const ssize_t count = pread(_errors.get(), text.data(), text.size(), 0);
+  text.resize(count < 0 ? 0 : static_cast<size_t>(count));
+  return text;
+}
+
+long Process::openFiles() const {
+  const std::filesystem::directory_iterator files("/proc/" + std::to_string(_pid) + "/fd");
+  return std::distance(begin(files), end(files));
+}
+
+void Process::signal(int number) const {
+  kill(_pid, number);
+}
+
+int Process::wait(double seconds) {
+  if (!waitReadable(_ended.get(), seconds))
+    throw std::runtime_error(_name + " does not end; it wrote to standard error:\n" + errors());
+  int status = 0;
+  if (waitpid(_pid, &status, 0) != _pid)
+    fail("waitpid");
+  _pid = -1;
+  return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+} // namespace integration
