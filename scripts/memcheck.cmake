@@ -1,0 +1,28 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# How scripts/memcheck has ctest put valgrind in front of every case:
+# ctest --script memcheck.cmake -Dlabels=REGEX -Dcases=REGEX -Dlogs=FOLDER
+get_filename_component(CTEST_SOURCE_DIRECTORY ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
+set(CTEST_BINARY_DIRECTORY ${CTEST_SOURCE_DIRECTORY}/build/dev)
+set(CTEST_MEMORYCHECK_TYPE Valgrind)
+find_program(CTEST_MEMORYCHECK_COMMAND valgrind REQUIRED)
+# Blocks that are still reachable belong to the objects that live as long as the process. A log of
+# its own for each process, also those that a case starts: ctest knows one for each case only, and
+# misses it, which is no matter.
+string(
+  JOIN " " CTEST_MEMORYCHECK_COMMAND_OPTIONS
+  --leak-check=full
+  --show-leak-kinds=definite,possible
+  --errors-for-leak-kinds=definite,possible
+  --error-exitcode=99
+  --trace-children=yes
+  --suppressions=${CTEST_SOURCE_DIRECTORY}/tests/valgrind.supp
+  --log-file=${logs}/%p.log)
+
+cmake_host_system_information(RESULT processors QUERY NUMBER_OF_LOGICAL_CORES)
+ctest_start(Experimental QUIET)
+ctest_memcheck(INCLUDE "${cases}" INCLUDE_LABEL "${labels}" PARALLEL_LEVEL ${processors}
+               RETURN_VALUE failed)
+if(failed)
+  message(FATAL_ERROR "cases failed")
+endif()
