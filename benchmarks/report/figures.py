@@ -1,0 +1,96 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What the runs have measured, as ratios and as rows of the budget's table."""
+
+import statistics
+
+# An exchange that takes longer is likely to be interrupted by another program: its CPU time is
+# taken instead of the time that passed.
+_LONG = 16384
+
+_FLOOR = "bare sockets"
+_LIBRARY = "library"
+
+
+def ratios(contenders, name, base, key="rounds"):
+    """Median, least and greatest of the ratios within a round; None without one of the two."""
+    found = {contender["name"]: contender for contender in contenders}
+    if name not in found or base not in found:
+        return None
+    pairs = zip(found[name][key], found[base][key])
+    each = [value / floor for value, floor in pairs]
+    return statistics.median(each), min(each), max(each)
+
+
+def of_size(roundtrip, answer):
+    return next(size["contenders"] for size in roundtrip["sizes"] if size["answer"] == answer)
+
+
+def roundtrip_ratio(roundtrip, answer, name, base):
+    key = "cpuRounds" if answer >= _LONG else "rounds"
+    return ratios(of_size(roundtrip, answer), name, base, key)
+
+
+class Row:
+    """One line of the budget's table."""
+
+    def __init__(self, what, budget, measured, holds, unit=""):
+        self.what, self.budget, self.unit = what, budget, unit
+        self.measured, self.holds = measured, holds
+
+
+def _ratio_row(what, limit, ratio):
+    if ratio is None:
+        return Row(what, f"≤ {limit} ×", "not measured: the peer's packages are missing", None)
+    median, least, greatest = ratio
+    return Row(what, f"≤ {limit} ×", f"{median:.2f} × ({least:.2f} – {greatest:.2f})",
+               median <= limit)
+
+
+def _count_row(what, limit, value, unit="instructions"):
+    return Row(what, f"≤ {limit:,} {unit}", f"{value:,.0f} {unit}", value <= limit)
+
+
+def _time_rows(roundtrip):
+    small = 120
+    peers = ((_FLOOR, 1.5), ("sd-bus through dbus-daemon", 0.24), ("sd-bus peer to peer", 0.6),
+             ("gRPC over a Unix socket", 0.27))
+    for peer, limit in peers:
+        yield _ratio_row(f"a request and its answer, against {peer}", limit,
+                         roundtrip_ratio(roundtrip, small, _LIBRARY, peer))
+    for size, limit, name in ((65536, 1.3, "64 KiB"), (1048576, 1.5, "1 MiB")):
+        yield _ratio_row(f"an answer of {name}, against {_FLOOR}", limit,
+                         roundtrip_ratio(roundtrip, size, _LIBRARY, _FLOOR))
+
+
+def _counted_rows(counted):
+    yield _count_row("the library per request, without Ecore", 5000, counted["library/direct/total"])
+    yield _count_row("the library per request", 16, counted["library/direct/allocations"],
+                     "allocations")
+    yield _count_row("the platform per request: bundle, parcel and port, in the application", 9000,
+                     counted["platform/application/bundle, parcel and port"])
+    yield _count_row("a log line that the filter drops", 60, counted["platform/a filtered log line"])
+
+
+def _scale_rows(scale):
+    yield _ratio_row("10,000 registered actions, against 10", 1.1,
+                     ratios(scale["actions"], "10000", "10"))
+    yield _ratio_row(f"after {scale['age']['requests']:,} requests, against a new application", 1.1,
+                     ratios(scale["age"]["contenders"], "aged", "fresh"))
+    for connections in ("100", "500"):
+        # Time per request, of which a rate that is not lower is not more.
+        ratio = ratios(scale["connections"], connections, "1", "cpuRounds")
+        yield Row(f"requests per second over {connections} connections, against 1", "≥ 1 ×",
+                  f"{1 / ratio[0]:.2f} × ({1 / ratio[2]:.2f} – {1 / ratio[1]:.2f})", ratio[0] <= 1)
+
+
+def _size_rows(size):
+    kib = 1024
+    yield _count_row("libnorix.so, stripped", 65536, size["file"]["bytes"], "bytes")
+    private = size["mapped"]["privateDirty"] + size["start"]["heapBytes"] / kib
+    yield _count_row("its private memory in an idle application, with the heap that its start takes",
+                     64, private, "KiB")
+
+
+def budget_rows(results):
+    return [*_time_rows(results["roundtrip"]), *_counted_rows(results["counted"]),
+            *_scale_rows(results["scale"]), *_size_rows(results["size"])]
