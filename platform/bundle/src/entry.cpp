@@ -1,10 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "entry.h"
 
+#include <SpareBlock.h>
+
 #include <cstring>
 
 namespace platform {
 namespace {
+
+void freeBlock(void *block) {
+  ::operator delete(block);
+}
+
+SpareBlock<freeBlock> spare;
 
 void store(unsigned char *to, const void *value, std::size_t size) {
   constexpr std::uint64_t kZero = 0;
@@ -66,9 +74,22 @@ EntryPtr copyByteArray(Entry &from) {
 
 } // namespace
 
+void *allocateBlock(std::size_t size) {
+  void *const block = spare.take(size);
+  return block != nullptr ? block : ::operator new(size, std::nothrow);
+}
+
+void releaseBlock(void *block, std::size_t size) {
+  spare.release(block, size);
+}
+
 void EntryDeleter::operator()(Entry *entry) const noexcept {
-  freeElements(*entry);
-  ::operator delete(entry);
+  if (entry->isArray()) {
+    freeElements(*entry);
+    freeBlock(entry);
+  } else {
+    releaseBlock(entry, basicBlockSize(entry->keyLength, entry->size));
+  }
 }
 
 Entry *buildBasic(void *block, int type, std::string_view key, const void *value,
@@ -115,8 +136,7 @@ bool setElement(Entry &byteArray, std::size_t index, const void *bytes, std::siz
   }
 
   store(static_cast<unsigned char *>(element), bytes, size);
-  ::operator delete(
-      byteArray.slots()[index]); // only now: the new bytes may be part of the old element
+  freeBlock(byteArray.slots()[index]); // only now: the new bytes may be part of the old element
   byteArray.slots()[index] = element;
   byteArray.slotSizes()[index] = size;
   byteArray.narrowSlotSizes()[index] = static_cast<unsigned int>(size);
@@ -126,7 +146,7 @@ bool setElement(Entry &byteArray, std::size_t index, const void *bytes, std::siz
 void freeElements(Entry &entry) {
   if (entry.type == BUNDLE_TYPE_BYTE_ARRAY) {
     for (std::size_t i = 0; i < entry.size; ++i) {
-      ::operator delete(entry.slots()[i]);
+      freeBlock(entry.slots()[i]);
     }
   }
 }

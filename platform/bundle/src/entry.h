@@ -62,10 +62,9 @@ namespace platform {
 
 using Entry = bundle_keyval_s;
 
-/** A block for an entry or an element, or null; released with operator delete. */
-inline void *allocateBlock(std::size_t size) {
-  return ::operator new(size, std::nothrow);
-}
+/** A block for an entry or an element, or null. */
+void *allocateBlock(std::size_t size);
+void releaseBlock(void *block, std::size_t size);
 
 /** For entries in a block of their own. */
 struct EntryDeleter {

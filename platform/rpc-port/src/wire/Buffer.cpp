@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Buffer.h"
 
+#include <SpareBlock.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
@@ -22,6 +24,16 @@ constexpr std::size_t kSmallest = 240;
 Head *headOf(unsigned char *bytes) {
   return reinterpret_cast<Head *>(bytes) - 1;
 }
+
+unsigned char *bytesOf(void *head) {
+  return reinterpret_cast<unsigned char *>(static_cast<Head *>(head) + 1);
+}
+
+void *checked(void *memory) {
+  return memory ? memory : throw std::bad_alloc();
+}
+
+SpareBlock<std::free> spare;
 
 } // namespace
 
@@ -54,27 +66,30 @@ unsigned char *Buffer::extendByGrowing(std::size_t size) {
 }
 
 void Buffer::grow(std::size_t capacity) {
-  const bool isAlone = !_bytes || headOf(_bytes)->holders.load() == 1;
-  void *old = _bytes && isAlone ? headOf(_bytes) : nullptr;
-  void *memory = std::realloc(old, sizeof(Head) + capacity);
-  if (!memory) {
-    throw std::bad_alloc();
+  const std::size_t size = sizeof(Head) + capacity;
+  const bool isAlone = _bytes && headOf(_bytes)->holders.load() == 1;
+  if (void *memory = spare.take(size)) {
+    moveTo(memory);
+  } else if (isAlone) {
+    _bytes = bytesOf(checked(std::realloc(headOf(_bytes), size)));
+  } else {
+    moveTo(checked(std::malloc(size)));
   }
-  if (!old) {
-    new (memory) Head{{1}};
-  }
-  auto *bytes = reinterpret_cast<unsigned char *>(static_cast<Head *>(memory) + 1);
-  if (!isAlone) {
+  _capacity = capacity;
+}
+
+void Buffer::moveTo(void *memory) {
+  unsigned char *const bytes = bytesOf(new (memory) Head{{1}});
+  if (_bytes) {
     std::memcpy(bytes, _bytes, _size);
     release();
   }
   _bytes = bytes;
-  _capacity = capacity;
 }
 
 void Buffer::release() {
   if (_bytes && headOf(_bytes)->holders.fetch_sub(1) == 1) {
-    std::free(headOf(_bytes));
+    spare.release(headOf(_bytes), sizeof(Head) + _capacity);
   }
   _bytes = nullptr;
 }

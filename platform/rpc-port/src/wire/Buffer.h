@@ -60,6 +60,7 @@ public:
 private:
   unsigned char *extendByGrowing(std::size_t size);
   void grow(std::size_t capacity);
+  void moveTo(void *memory);
   void release();
 
   unsigned char *_bytes = nullptr; // Behind the count of its holders.

@@ -21,6 +21,37 @@ TEST(Freeing, Succeeds) {
   expectResult(bundle_free(b), BUNDLE_ERROR_NONE);
 }
 
+// The memory of a large value is used again.
+TEST(ALargeValue, IsWholeWhereAnotherOneWasBefore) {
+  const std::string before(100000, 'b');
+  const std::string text(80000, 't');
+  BundlePtr first = makeBundle();
+  bundle_add_str(first.get(), "key", before.c_str());
+  first.reset();
+  const BundlePtr second = makeBundle();
+  char *found = nullptr;
+
+  expectResult(bundle_add_str(second.get(), "key", text.c_str()), BUNDLE_ERROR_NONE);
+
+  bundle_get_str(second.get(), "key", &found);
+  EXPECT_EQ(found, text);
+}
+
+TEST(ALargeValue, StaysWhenAnotherOfItsSizeIsDeletedAndAdded) {
+  const std::string text(80000, 't');
+  const std::string other(80000, 'o');
+  const BundlePtr b = makeBundle();
+  bundle_add_str(b.get(), "kept", text.c_str());
+  bundle_add_str(b.get(), "deleted", other.c_str());
+  char *found = nullptr;
+
+  bundle_del(b.get(), "deleted");
+  bundle_add_str(b.get(), "added", other.c_str());
+
+  bundle_get_str(b.get(), "kept", &found);
+  EXPECT_EQ(found, text);
+}
+
 TEST(Freeing, NeedsABundle) {
   expectResult(bundle_free(nullptr), BUNDLE_ERROR_INVALID_PARAMETER);
 }

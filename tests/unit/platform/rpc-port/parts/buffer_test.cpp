@@ -80,6 +80,38 @@ TEST(ABuffer, SharesNothingWhenItIsEmpty) {
   EXPECT_EQ(textOf(second), "text");
 }
 
+// Large memory is used again: the next buffer may be where the last one was.
+constexpr std::size_t kLarge = std::size_t{64} << 10;
+
+TEST(ALargeBuffer, KeepsItsBytesWhenItMovesToMemoryThatAnotherHasReleased) {
+  { const Buffer released = holding(std::string(2 * kLarge, 'r')); }
+  Buffer buffer = holding(std::string(kLarge, 'x'));
+
+  buffer.append("y", 1);
+
+  EXPECT_EQ(textOf(buffer), std::string(kLarge, 'x') + "y");
+}
+
+TEST(ALargeBuffer, LeavesTheOtherHolderItsBytesWhenItMoves) {
+  { const Buffer released = holding(std::string(2 * kLarge, 'r')); }
+  Buffer first = holding(std::string(kLarge, 'x'));
+  const Buffer second = first.share();
+
+  first.append("y", 1);
+
+  EXPECT_EQ(textOf(first), std::string(kLarge, 'x') + "y");
+  EXPECT_EQ(textOf(second), std::string(kLarge, 'x'));
+}
+
+TEST(ALargeBuffer, IsNotDisturbedByOneThatIsMadeWhenAnotherHolderReleasesIt) {
+  Buffer first = holding(std::string(kLarge, 'x'));
+  { const Buffer second = first.share(); }
+
+  const Buffer third = holding(std::string(kLarge, 'z'));
+
+  EXPECT_EQ(textOf(first), std::string(kLarge, 'x'));
+}
+
 TEST(ABuffer, MakesBytesOfWhatIsPutIntoItsRoom) {
   Buffer buffer;
   buffer.reserve(10);
