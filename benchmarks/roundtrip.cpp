@@ -36,6 +36,7 @@ struct Options {
 std::vector<PeerKind> kinds() {
   return {benchmarks::bareSockets(),
           benchmarks::ecoreSockets(),
+          benchmarks::ecoreSocketsWithDuties(),
           benchmarks::ecoreSocketsBothSides(),
           benchmarks::libraryInCallback(),
           benchmarks::libraryInLaterTurn(),

@@ -40,6 +40,7 @@ struct PeerKind {
 
 PeerKind bareSockets();
 PeerKind ecoreSockets();
+PeerKind ecoreSocketsWithDuties();
 PeerKind ecoreSocketsBothSides();
 PeerKind messageBus();
 PeerKind busPeerToPeer();

@@ -7,7 +7,9 @@
 #include "peers/BlockingAsker.h"
 
 #include <Ecore.h>
+#include <fcntl.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
@@ -18,6 +20,7 @@ namespace benchmarks {
 namespace {
 
 constexpr const char *kName = "Ecore and two sockets";
+constexpr const char *kWithDutiesName = "Ecore, a timer and an open";
 constexpr const char *kBothSidesName = "Ecore on both sides";
 
 /** Watches a socket as long as it lives. */
@@ -96,7 +99,19 @@ private:
   Samples::Clock::time_point _start;
 };
 
-int serve(const std::vector<std::string> &arguments) {
+/** What a request has to do besides, whoever wrote the library: its timeout, and who may ask. */
+void doDuties() {
+  constexpr double kTimeout = 30.0;
+  const auto cancel = [](void * /*data*/) { return Eina_Bool{ECORE_CALLBACK_CANCEL}; };
+  Ecore_Timer *const timer = ecore_timer_add(kTimeout, cancel, nullptr);
+  const int list = open("/usr/share/norix/allow_list.dat", O_RDONLY | O_CLOEXEC);
+  if (list >= 0) {
+    close(list);
+  }
+  ecore_timer_del(timer);
+}
+
+int serveWith(const std::vector<std::string> &arguments, const std::function<void()> &duties) {
   const int requests = std::stoi(arguments.at(0));
   const int answers = std::stoi(arguments.at(1));
   const norix::assistant::MainLoop loop;
@@ -107,6 +122,7 @@ int serve(const std::vector<std::string> &arguments) {
       ecore_main_loop_quit();
       return;
     }
+    duties();
     answer.resize(answerSizeOf(request));
     sendAll(answers, answer.data(), answer.size());
   });
@@ -114,11 +130,25 @@ int serve(const std::vector<std::string> &arguments) {
   return 0;
 }
 
+int serve(const std::vector<std::string> &arguments) {
+  return serveWith(arguments, [] {});
+}
+
+int serveWithDuties(const std::vector<std::string> &arguments) {
+  return serveWith(arguments, doDuties);
+}
+
 } // namespace
 
 PeerKind ecoreSockets() {
   return {kName, [](const auto & /*folder*/) { return std::make_unique<BlockingAsker>(kName); },
           serve, ""};
+}
+
+PeerKind ecoreSocketsWithDuties() {
+  return {kWithDutiesName,
+          [](const auto & /*folder*/) { return std::make_unique<BlockingAsker>(kWithDutiesName); },
+          serveWithDuties, ""};
 }
 
 PeerKind ecoreSocketsBothSides() {
