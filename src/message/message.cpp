@@ -6,6 +6,7 @@
 #include "message/Exception.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 // The channel's own lines: its tag, the file, the function and the line. See NORIX_LOG for why
@@ -34,6 +35,10 @@ enum MethodId {
   UnsetCB = 3,
   Send = 4,
 };
+
+std::size_t hashOf(const std::string &instance) {
+  return std::hash<std::string>()(instance);
+}
 
 // Owner of a parcel.
 class Parcel {
@@ -123,8 +128,8 @@ message::message() {
 }
 
 message::~message() {
-  for (const auto &connected : services) {
-    connected->OnTerminate();
+  for (const Connected &connected : services) {
+    connected.service->OnTerminate();
   }
   if (stub_handle != nullptr) {
     rpc_port_stub_destroy(stub_handle);
@@ -147,11 +152,11 @@ void message::Listen(std::shared_ptr<ServiceBase::Factory> factory) {
 }
 
 std::shared_ptr<message::ServiceBase> message::findService(const std::string &instance) const {
-  const auto found =
-      std::find_if(services.begin(), services.end(), [&instance](const auto &connected) {
-        return connected->GetInstance() == instance;
-      });
-  return found != services.end() ? *found : nullptr;
+  const auto isMeant = [&instance, hash = hashOf(instance)](const Connected &connected) {
+    return connected.instanceHash == hash && connected.service->GetInstance() == instance;
+  };
+  const auto found = std::find_if(services.begin(), services.end(), isMeant);
+  return found != services.end() ? found->service : nullptr;
 }
 
 void message::OnConnectedCB(const char *sender, const char *instance, void *userData) {
@@ -169,7 +174,8 @@ void message::OnConnectedCB(const char *sender, const char *instance, void *user
     return;
   }
   created->OnCreate();
-  self->services.push_back(std::move(created));
+  const std::size_t instanceHash = hashOf(created->GetInstance());
+  self->services.push_back({instanceHash, std::move(created)});
 }
 
 void message::OnDisconnectedCB(const char * /*sender*/, const char *instance, void *userData) {
@@ -179,7 +185,8 @@ void message::OnDisconnectedCB(const char * /*sender*/, const char *instance, vo
     return;
   }
   connected->OnTerminate();
-  self->services.remove(connected);
+  const auto isGone = [&connected](const Connected &each) { return each.service == connected; };
+  self->services.remove_if(isGone);
 }
 
 int message::OnReceivedCB(const char * /*sender*/, const char *instance, rpc_port_h port,

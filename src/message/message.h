@@ -8,6 +8,7 @@
 #include <rpc-port.h>
 
 #include <atomic>
+#include <cstddef>
 #include <list>
 #include <memory>
 #include <string>
@@ -111,11 +112,18 @@ private:
   static int OnReceivedCB(const char *sender, const char *instance, rpc_port_h port,
                           void *userData);
 
+  // The hash of the instance lies beside each service: with hundreds of proxies connected, reading
+  // all their instances would be the larger part of a request.
+  struct Connected {
+    std::size_t instanceHash;
+    std::shared_ptr<ServiceBase> service;
+  };
+
   std::shared_ptr<ServiceBase> findService(const std::string &instance) const;
 
   rpc_port_stub_h stub_handle = nullptr;
   std::shared_ptr<ServiceBase::Factory> service_factory;
-  std::list<std::shared_ptr<ServiceBase>> services;
+  std::list<Connected> services; // In the order in which they connected.
 };
 
 // A delegate in a parcel: id, sequence id, once.
