@@ -179,6 +179,10 @@ std::string Process::errors() const {
   return text;
 }
 
+bool Process::isRunning() const {
+  return !waitReadable(_ended.get(), 0);
+}
+
 long Process::openFiles() const {
   const std::filesystem::directory_iterator files("/proc/" + std::to_string(_pid) + "/fd");
   return std::distance(begin(files), end(files));

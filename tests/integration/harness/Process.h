@@ -48,6 +48,9 @@ public:
   // What it has written to standard error so far.
   std::string errors() const;
 
+  pid_t pid() const { return _pid; }
+  bool isRunning() const;
+
   // How many files, sockets included, it has open.
   long openFiles() const;
 

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NORIX_TESTS_SOAK_SUBJECT_H
+#define NORIX_TESTS_SOAK_SUBJECT_H
+
+#include "integration/harness/Process.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace soak {
+
+using Clock = std::chrono::steady_clock;
+
+// A process that the soak makes suffer.
+class Subject {
+public:
+  using Command = std::vector<std::string>;
+  using Environment = integration::Process::Environment;
+
+  // Starts it.
+  Subject(Command command, Environment environment);
+
+  // Ends it without a word, and starts it anew.
+  void killAndRestart();
+  // SIGSTOP now, SIGCONT when it is due. Not while it is stopped, nor soon after.
+  bool stopUntil(Clock::time_point end);
+  void resumeWhenDue(Clock::time_point now);
+  void resume();
+  // Throws what it wrote to standard error when it has ended by itself.
+  void requireRunning() const;
+
+  integration::Process &process() { return *_process; }
+
+private:
+  void start();
+
+  Command _command;
+  Environment _environment;
+  std::optional<integration::Process> _process;
+  std::optional<Clock::time_point> _resumption;
+  Clock::time_point _mayStopFrom;
+};
+
+} // namespace soak
+
+#endif
