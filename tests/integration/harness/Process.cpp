@@ -192,6 +192,17 @@ void Process::signal(int number) const {
   kill(_pid, number);
 }
 
+void Process::stop() const {
+  signal(SIGSTOP);
+  awaitStop();
+}
+
+void Process::awaitStop() const {
+  int status = 0;
+  if (waitpid(_pid, &status, WUNTRACED) != _pid || !WIFSTOPPED(status))
+    throw std::runtime_error(_name + " ends instead of standing still");
+}
+
 int Process::wait(double seconds) {
   if (!waitReadable(_ended.get(), seconds))
     throw std::runtime_error(_name + " does not end; it wrote to standard error:\n" + errors());

@@ -55,6 +55,9 @@ public:
   long openFiles() const;
 
   void signal(int number) const;
+  // SIGSTOP; when it returns, the process stands still.
+  void stop() const;
+  void awaitStop() const;
   // Its exit status, or minus the signal that ended it. Throws when the bound passes before.
   int wait(double seconds = kBound);
 
