@@ -26,9 +26,7 @@ const std::string kLongAnswer(std::size_t{1} << 20, 'x');
 class AnExchange : public IntegrationTest,
                    public testing::WithParamInterface<Named<AssistantStep>> {
 protected:
-  void SetUp() override {
-    application.setAction("play");
-  }
+  void SetUp() override { application.setAction("play"); }
 
   void advanceTo(AssistantStep wanted) {
     while (_done < static_cast<int>(wanted)) {

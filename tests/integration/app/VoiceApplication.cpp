@@ -3,6 +3,7 @@
 
 #include "integration/app/CommandInput.h"
 #include "integration/app/LogWatch.h"
+#include "integration/app/ProcessCalls.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -101,6 +102,8 @@ int VoiceApplication::arrange(const std::string &name, const json &command) {
     _lateActionId = command.at("id");
     const double seconds = command.at("seconds");
     LogWatch::once(kParked, [this, seconds] { ecore_timer_add(seconds, onLate, this); });
+  } else if (const std::optional<int> result = callProcess(name, command)) {
+    return *result;
   } else {
     throw std::invalid_argument("unknown command " + name);
   }

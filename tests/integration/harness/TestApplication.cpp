@@ -22,6 +22,12 @@ std::vector<std::string> commandFor(const TestApplication::Options &options) {
   return command;
 }
 
+Process::Environment environmentFor(const TestApplication::Options &options) {
+  Process::Environment environment = options.environment;
+  environment["AUL_APPID"] = options.appId;
+  return environment;
+}
+
 json textOrNull(const std::optional<std::string> &text) {
   return text ? json(*text) : json();
 }
@@ -29,8 +35,7 @@ json textOrNull(const std::optional<std::string> &text) {
 } // namespace
 
 TestApplication::TestApplication(const TemporaryRuntime &runtime, const Options &options)
-    : _appId(install(runtime, options)),
-      _process(commandFor(options), {{"AUL_APPID", options.appId}}) {}
+    : _appId(install(runtime, options)), _process(commandFor(options), environmentFor(options)) {}
 
 TestApplication::TestApplication(const TemporaryRuntime &runtime)
     : TestApplication(initialised(runtime, {})) {}

@@ -34,6 +34,7 @@ public:
     std::optional<std::string> sdkVersion = "1.0-beta";
     // The path of an allow list to use instead of the installed one.
     std::string allowList;
+    Process::Environment environment;
   };
 
   // Starts the process; the library is not initialised yet.
@@ -64,6 +65,12 @@ public:
   void setActionWhenParked(const std::string &id, double seconds);
   // Announces that awaitLog() will wait for this text.
   void reportLog(const std::string &text) { call("reportLog", {{"text", text}}); }
+
+  // Forks a child that ends ("exit", "_exit") or does not ("stay"); 0 when that worked.
+  int fork(const std::string &ending) { return call("fork", {{"ending", ending}}); }
+  // What a program finds open that the application starts.
+  int countSocketsOfAProgram() { return call("countSocketsOfAProgram"); }
+  int minutesOnTheWallClock() { return call("wallClock"); }
 
   // Waits for the next request.
   Received awaitRequest();

@@ -18,10 +18,7 @@ trap 'rm -rf "$work"' EXIT
 
 "$cmake" --install "$build" --prefix "$work/device" >"$work/install.log"
 
-# The .pc files name the prefix that was configured, not the one that was just given.
-configured=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
 packages=$(dirname "$(find "$work/device" -name rpc-port.pc)")
-sed -i "s|=$configured|=$work/device|" "$packages"/*.pc
 libraries=$(dirname "$packages")
 # What the product is built from must not come along with the platform.
 rm "$packages/norix.pc" "$libraries"/libnorix.so*

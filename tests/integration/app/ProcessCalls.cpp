@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "integration/app/ProcessCalls.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace integration {
+namespace {
+
+// Until the test is gone, and leaves the input alone: it is the parent's.
+[[noreturn]] void stayUntilTheTestEnds() {
+  pollfd input = {STDIN_FILENO, 0, 0};
+  (void)poll(&input, 1, -1);
+  _exit(0);
+}
+
+// Forks a child that ends in this way. A child that ends is waited for.
+int forkChild(const std::string &ending) {
+  const pid_t child = fork();
+  if (child != 0) {
+    if (ending != "stay")
+      (void)waitpid(child, nullptr, 0);
+    return child < 0 ? -1 : 0;
+  }
+  if (ending == "stay")
+    stayUntilTheTestEnds();
+  if (ending == "exit")
+    std::exit(0); // NOLINT(concurrency-mt-unsafe): what an application might do.
+  _exit(0);
+}
+
+// What a program that is started inherits.
+int countSocketsOfAProgram() {
+  FILE *output = popen("ls -l /proc/self/fd | grep -c socket:", "re");
+  int sockets = -1;
+  if (output == nullptr || std::fscanf(output, "%d", &sockets) != 1)
+    throw std::runtime_error("cannot count sockets");
+  pclose(output);
+  return sockets;
+}
+
+} // namespace
+
+std::optional<int> callProcess(const std::string &name, const nlohmann::json &command) {
+  if (name == "fork")
+    return forkChild(command.at("ending"));
+  if (name == "countSocketsOfAProgram")
+    return countSocketsOfAProgram();
+  if (name == "wallClock")
+    return static_cast<int>(std::time(nullptr) / 60);
+  return std::nullopt;
+}
+
+} // namespace integration

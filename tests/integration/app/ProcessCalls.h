@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NORIX_TESTS_INTEGRATION_PROCESSCALLS_H
+#define NORIX_TESTS_INTEGRATION_PROCESSCALLS_H
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+namespace integration {
+
+// What an application does beside the library: it forks, starts programs, looks at the clock.
+// Returns nothing for a command that is none of these.
+std::optional<int> callProcess(const std::string &name, const nlohmann::json &command);
+
+} // namespace integration
+
+#endif

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Applications that have children: a child is no other side of anything.
+#include "integration/harness/Failures.h"
+#include "integration/harness/IntegrationTest.h"
+#include "integration/harness/Named.h"
+#include "integration/harness/TestApplication.h"
+
+#include <csignal>
+
+namespace integration {
+namespace {
+
+using norix::assistant::Failure;
+using norix::assistant::Session;
+using norix::assistant::stateRequest;
+
+class AChild : public IntegrationTest {
+protected:
+  void SetUp() override {
+    application.setState();
+    application.answerAtOnce("well");
+  }
+
+  static std::string answerIn(Session &session) {
+    return session.ask(stateRequest(), kBound).response.text();
+  }
+
+  TestApplication application{runtime};
+};
+
+class AChildThatEnds : public AChild, public testing::WithParamInterface<Named<const char *>> {};
+
+INSTANTIATE_TEST_SUITE_P(, AChildThatEnds,
+                         testing::Values(Named<const char *>{"WithoutAWord", "_exit"},
+                                         Named<const char *>{"Tidily", "exit"}));
+
+TEST_P(AChildThatEnds, LeavesItsParentsConnectionAndPortAlone) {
+  Session before(application.id());
+
+  ASSERT_EQ(application.fork(GetParam().value), 0);
+
+  EXPECT_EQ(answerIn(before), "well");
+  Session after(application.id());
+  EXPECT_EQ(answerIn(after), "well");
+}
+
+TEST_F(AChild, ThatStaysLetsItsParentGoOn) {
+  Session before(application.id());
+
+  ASSERT_EQ(application.fork("stay"), 0);
+
+  EXPECT_EQ(answerIn(before), "well");
+  Session after(application.id());
+  EXPECT_EQ(answerIn(after), "well");
+}
+
+TEST_F(AChild, ThatStaysDoesNotKeepItsDeadParentsConnection) {
+  Session session(application.id());
+  ASSERT_EQ(application.fork("stay"), 0);
+
+  application.process().signal(SIGKILL);
+
+  EXPECT_EQ(failureOf([&] { session.next(kBound); }), Failure::Disconnected);
+}
+
+TEST_F(AChild, ThatStaysDoesNotKeepItsParentsConnectionWhenThatStops) {
+  Session session(application.id());
+  ASSERT_EQ(application.fork("stay"), 0);
+
+  application.deinitialize();
+
+  EXPECT_EQ(failureOf([&] { session.next(kBound); }), Failure::Disconnected);
+}
+
+TEST_F(AChild, ThatStaysDoesNotKeepItsDeadParentsPort) {
+  ASSERT_EQ(application.fork("stay"), 0);
+  application.process().signal(SIGKILL);
+  application.process().wait();
+
+  TestApplication restarted(runtime);
+  restarted.setState();
+  restarted.answerAtOnce("back");
+  Session session(restarted.id());
+
+  EXPECT_EQ(answerIn(session), "back");
+}
+
+TEST_F(AChild, ThatIsAnotherProgramInheritsNoSocket) {
+  const Session session(application.id());
+
+  EXPECT_EQ(application.countSocketsOfAProgram(), 0);
+}
+
+} // namespace
+} // namespace integration
