@@ -166,6 +166,31 @@ TEST_F(AStub, ForgetsAMessageThatIsNotWholeWhenItsSenderCloses) {
   EXPECT_THAT(stub.texts, ElementsAre("whole"));
 }
 
+TEST_F(AStub, ForgetsAMessageCutAtAnyByteWhenItsSenderCloses) {
+  const std::string message = frame(kParcel, parcel(text("cut anywhere")));
+
+  for (std::size_t cut = 0; cut < message.size(); ++cut) {
+    const std::string instance = "i-" + std::to_string(cut);
+    main = dial(helloFrame(0, instance) + message.substr(0, cut));
+    callback = dial(helloFrame(1, instance));
+    ASSERT_TRUE(runUntil([&] { return stub.instances.size() == cut + 1; })) << cut;
+    main.reset();
+    ASSERT_TRUE(runUntil([&] { return stub.ended.size() == cut + 1; })) << cut;
+  }
+  EXPECT_THAT(stub.texts, IsEmpty());
+}
+
+TEST_F(AStub, DropsASocketWhoseHelloIsCutAtAnyByte) {
+  const std::size_t before = countDescriptors();
+  const std::string message = helloFrame(0);
+
+  for (std::size_t cut = 0; cut < message.size(); ++cut) {
+    dial(message.substr(0, cut)).reset();
+    ASSERT_TRUE(runUntil([&] { return countDescriptors() == before; })) << cut;
+  }
+  EXPECT_THAT(stub.instances, IsEmpty());
+}
+
 TEST_F(AStub, EndsAConnectionOfWhichOneSocketIsClosedHalf) {
   connectBoth();
 

@@ -7,6 +7,7 @@
 #include <Ecore.h>
 #include <csignal>
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -141,6 +142,66 @@ TEST_F(APeerThatDoesNotRead, DoesNotKeepAStubFromBeingDestroyed) {
   stub.destroy();
 
   EXPECT_TRUE(runUntil([&] { return proxy.endings == 1; }));
+}
+
+TEST_F(APeerThatDoesNotRead, IsNoLongerHeldInMemoryAfterItsEnd) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer's allocator does not tell what is held";
+#endif
+  const auto heldBytes = [] {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+  };
+  const rpc_port_h port = proxy.port(RPC_PORT_PORT_MAIN);
+  const std::string text(std::size_t{1} << 10, 'x');
+  const std::size_t before = heldBytes();
+  for (int sent = 0; sent < 15 << 10; ++sent) {
+    ASSERT_EQ(sendText(port, text), RPC_PORT_ERROR_NONE);
+  }
+  EXPECT_GT(heldBytes(), before + (std::size_t{14} << 20));
+
+  while (sendText(port, text) == RPC_PORT_ERROR_NONE) {
+  }
+
+  ASSERT_TRUE(runUntil([&] { return proxy.endings == 1 && stub.ended.size() == 1; }));
+  stub.texts = {};
+  EXPECT_LT(heldBytes(), before + (std::size_t{1} << 20));
+}
+
+class ThousandsOfConnections : public Runtime {
+protected:
+  static constexpr std::size_t kCount = 2000;
+  static constexpr rlim_t kDescriptors = 4 * kCount + 100; // Both ends of both sockets.
+
+  void SetUp() override {
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    if (limit.rlim_max < kDescriptors) {
+      GTEST_SKIP() << "needs " << kDescriptors << " descriptors";
+    }
+    ASSERT_EQ(stub.listen(), RPC_PORT_ERROR_NONE);
+  }
+
+  StubEnd stub;
+};
+
+TEST_F(ThousandsOfConnections, AreServedAndLeaveNothingOpen) {
+  const DescriptorLimit enough(kDescriptors);
+  const std::size_t before = countDescriptors();
+  ProxyEnd proxy;
+  for (std::size_t i = 1; i <= kCount; ++i) {
+    ASSERT_EQ(proxy.connect(), RPC_PORT_ERROR_NONE);
+    ASSERT_TRUE(runUntil([&] { return proxy.mainPorts.size() == i; })) << i;
+  }
+
+  for (const rpc_port_h port : proxy.mainPorts) {
+    ASSERT_EQ(sendText(port, "hello"), RPC_PORT_ERROR_NONE);
+  }
+
+  EXPECT_TRUE(runUntil([&] { return stub.texts.size() == kCount; }));
+  proxy.destroy();
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == kCount; }));
+  EXPECT_EQ(countDescriptors(), before);
 }
 
 class AFloodOfHalfConnections : public Runtime {};
