@@ -9,6 +9,8 @@ names that begin with "found-", and is left alone.
 import pathlib
 import struct
 
+from text_seeds import ALLOW_LISTS, LOG_FILTERS, LOG_LINES, MANIFESTS, short
+
 CORPUS = pathlib.Path(__file__).parent / "corpus"
 
 # ---- Bundles -------------------------------------------------------------------------------------
@@ -187,10 +189,6 @@ FRAMES = {
 }
 
 # ---- Scripts: a stub and hostile proxies, a proxy and a hostile stub ----------------------------
-
-
-def short(value):
-    return bytes([len(value)]) + value
 
 
 def long(value):
@@ -393,117 +391,6 @@ REQUESTS = {
         i32(4) + sized(bundle(blob("actionId", b"play"), blob("requestId", REQUEST_ID)))),
     "action-id-is-an-array": READY + fields(
         i32(4) + sized(bundle(array(STR_ARRAY, "actionId", [text("play")])))),
-}
-
-# ---- Texts ---------------------------------------------------------------------------------------
-
-SENDER = b"com.valtren.tizen.norix"
-
-
-def allow_list(content, sender=SENDER):
-    return short(sender) + content
-
-
-ALLOW_LISTS = {
-    "listed": allow_list(b"org.example.other\n" + SENDER + b"\n"),
-    "not-listed": allow_list(b"org.example.other\n"),
-    "listed-without-a-newline": allow_list(b"org.example.other\n" + SENDER),
-    "twice": allow_list((SENDER + b"\n") * 2),
-    "zero-bytes": allow_list(b""),
-    "one-empty-line": allow_list(b"\n"),
-    "empty-sender-and-empty-line": allow_list(b"a\n\nb\n", b""),
-    "carriage-return": allow_list(SENDER + b"\r\n"),
-    "blanks-around-it": allow_list(b" " + SENDER + b" \n"),
-    "part-of-a-line": allow_list(SENDER + b".more\nmore." + SENDER + b"\n"),
-    "nul-in-a-line": allow_list(SENDER + b"\0\n"),
-    "nul-in-the-sender": allow_list(SENDER + b"\n", SENDER + b"\0more"),
-    "long-line": allow_list(b"x" * 3000 + b"\n" + SENDER + b"\n"),
-}
-
-
-def log_filter(expression, tag=b"NORIX-APPSDK"):
-    return short(tag) + expression
-
-
-LOG_FILTERS = {
-    "tag-and-silence": log_filter(b"NORIX-APPSDK:E *:S"),
-    "everything": log_filter(b""),
-    "warnings": log_filter(b"*:W"),
-    "tag-alone": log_filter(b"RPC_PORT_STUB", b"RPC_PORT_STUB"),
-    "later-word-counts": log_filter(b"A:E A:D *:F *:I", b"A"),
-    "colons-in-a-tag": log_filter(b"a:b:W", b"a:b"),
-    "no-such-priority": log_filter(b"A:X B: :E", b"B"),
-    "blanks": log_filter(b"\t A:E \n\n *:S ", b"A"),
-    "tag-of-eight": log_filter(b"12345678:E 1234567:W *:S", b"12345678"),
-    "tag-of-sixteen": log_filter(b"1234567890123456:E 1234567890123457:W", b"1234567890123457"),
-    "tag-of-seventeen": log_filter(b"12345678901234567:E *:D", b"12345678901234567"),
-    "empty-tag": log_filter(b"A:E *:W", b""),
-    "bytes-that-are-no-text": log_filter(b"\xff\xfe:E \0 *:S", b"\xff\xfe"),
-}
-
-
-def log_line(value, tag=b"NORIX-APPSDK", priority=4):
-    return bytes([priority]) + short(tag) + value
-
-
-LOG_LINES = {
-    "one-line": log_line(b"text"),
-    "line-with-its-end": log_line(b"text\n"),
-    "two-lines": log_line(b"first\nsecond"),
-    "empty": log_line(b""),
-    "empty-lines": log_line(b"\n\n\n"),
-    "longer-than-a-write": log_line(b"x" * 5000),
-    "more-lines-than-a-write-holds": log_line(b"x\n" * 300),
-    "second-line-longer-than-a-write": log_line(b"x\n" + b"y" * 5000),
-    "long-tag": log_line(b"text", b"t" * 200),
-    "empty-tag": log_line(b"text", b""),
-    "newline-in-the-tag": log_line(b"first\nsecond", b"ta\ng"),
-    "directives": log_line(b"%s%n%*d", b"%s"),
-}
-
-MANIFEST = (b'<?xml version="1.0" encoding="utf-8"?>\n'
-            b'<manifest xmlns="http://tizen.org/ns/packages" api-version="6.5"'
-            b' package="org.example.music" version="1.0.0">\n%s</manifest>\n')
-
-
-def manifest(*elements):
-    return MANIFEST % b"".join(elements)
-
-
-def application(inside=b"", element=b"ui-application", attributes=b'appid="org.example.music"'):
-    return b"<%s %s>%s</%s>\n" % (element, attributes, inside, element)
-
-
-VERSION_KEY = b"http://valtren.com/tizen/metadata/norix/sdk/version"
-
-MANIFESTS = {
-    "usual": manifest(application(
-        b'<label>Music</label><metadata key="%s" value="1.0-beta"/>' % VERSION_KEY,
-        attributes=b'appid="org.example.music" exec="music" type="capp"')),
-    "two-applications": manifest(application(), application(
-        element=b"service-application", attributes=b'appid="org.example.service"')),
-    "labels-in-languages": manifest(application(
-        b'<label xml:lang="de-de">Musik</label><label>Music</label>')),
-    "only-a-label-in-a-language": manifest(application(b'<label xml:lang="de-de">Musik</label>')),
-    "metadata-without-a-value": manifest(application(b'<metadata key="k"/>')),
-    "metadata-without-a-key": manifest(application(b'<metadata value="v"/>')),
-    "same-key-twice": manifest(application(b'<metadata key="k" value="1"/><metadata key="k"/>')),
-    "references": manifest(application(b"<label>&lt;&#65;&#x42;&amp;&unknown;</label>")),
-    "comments-and-cdata": manifest(application(b"<!-- c --><label><![CDATA[<x>]]></label>")),
-    "no-application": manifest(),
-    "no-appid": manifest(application(attributes=b"")),
-    "appid-is-a-path": manifest(application(attributes=b'appid="../x"')),
-    "no-package": b"<manifest>%s</manifest>" % application(),
-    "other-root": b"<html/>",
-    "entity-expansion": b'<!DOCTYPE m [<!ENTITY a "aaaa"><!ENTITY b "&a;&a;">]>\n'
-                        + manifest(application(b"<label>&b;</label>")),
-    "external-entity": b'<!DOCTYPE m [<!ENTITY x SYSTEM "file:///etc/passwd">]>\n'
-                       + manifest(application(b"<label>&x;</label>")),
-    "not-closed": manifest(application())[:-12],
-    "deep": b"<manifest>" + b"<a>" * 500,
-    "nul": manifest(application(b"<label>a\0b</label>")),
-    "not-utf-8": manifest(application(b"<label>\xff\xfe</label>")),
-    "nothing": b"",
 }
 
 SEEDS = {
