@@ -188,6 +188,7 @@ TEST_F(AnActionResult, IsLostWithoutABundle) {
   EXPECT_EQ(app.answersAction("done"), NORIX_ERROR_OUT_OF_MEMORY);
 
   EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "bundle_create is failed")}));
+  EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_EQ(common()._actionHandlerMap.size(), 1U);
   platform().clock.advance(kLong);
   EXPECT_THAT(assistant.callbacks(), IsEmpty());

@@ -220,11 +220,13 @@ TEST_F(AnEarlyRequest, LogsTheResultOfAFailedDelivery) {
 
 TEST_F(AnEarlyRequest, IsGivenUpWithoutAWordToTheAssistantWhenThereIsNoBundle) {
   ticks(5);
+  forgetCalls();
   platform().faults.fail("bundle_create");
 
   ticks(1);
 
   EXPECT_THAT(logLines().back(), isTickLine("bundle_create is failed"));
+  EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   EXPECT_THAT(platform().clock.alive(), IsEmpty());
   expectLeft(DeliberateLeak::ParkedBundle);
@@ -371,6 +373,32 @@ TEST_F(AnEarlyRequest, NeedsItsTimer) {
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 
+TEST_F(AnEarlyRequest, ChecksItsTimerBeforeItCountsTheTick) {
+  ticks(6); // given up: another tick counted would give it up again
+  forgetCalls();
+
+  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
+
+  EXPECT_THAT(
+      logLines(),
+      LinesAre({isTickLine(kTick), isTickLine("ActionRequest _actionExecutionFireTimer is null")}));
+  EXPECT_EQ(assistant.callbacks().size(), 1U);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, ChecksItsClientBeforeItsCopy) {
+  ActionRequestImplAccess::setPendingBundle(nullptr);
+  forgetCalls();
+  {
+    const fake::NoClient noClient;
+
+    EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
+  }
+
+  EXPECT_EQ(log().back(), "Norix Client app id is null");
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
 TEST_F(AnEarlyRequest, ChecksItsCopyBeforeItsTimer) {
   app.deinitialises();
   forgetCalls();
@@ -415,6 +443,43 @@ TEST_F(AnEarlyRequest, GoesOnWithoutATimer) {
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 
+// The request counts as delivered before the application hears of it: whatever the application does
+// in its callback meets no waiting request.
+TEST_F(AnEarlyRequest, KeepsItsCopyWhenAnotherRequestArrivesInItsCallback) {
+  size_t bundles = 0;
+  app.registersFor("play");
+  app.onAction = [&](const auto &) {
+    const size_t before = platform().bundles.alive();
+    forgetCalls();
+    assistant.asksForState(43);
+    bundles = before - platform().bundles.alive();
+    // The waits of the request before: none for the state, and the callback's own.
+    EXPECT_EQ(calls({"ecore_timer_del"}).size(), 2U);
+  };
+
+  ticks(1);
+
+  EXPECT_EQ(app.actionRequests.size(), 1U);
+  EXPECT_EQ(bundles, 0U);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(AnEarlyRequest, MakesRoomForAnotherThatArrivesInItsCallback) {
+  app.registersFor("play");
+  app.onAction = [this](const auto &) {
+    app.onAction = nullptr;
+    assistant.asksForAction("stop", 43);
+  };
+
+  ticks(1);
+  app.registersFor("stop");
+  ticks(1);
+
+  ASSERT_EQ(app.actionRequests.size(), 2U);
+  EXPECT_EQ(app.actionRequests[1].params, fake::actionRequest("stop", 43));
+  expectLeft(DeliberateLeak::ParkedBundle, 2);
+}
+
 class AnEarlyRequestWithoutMemory : public fake::ReadyLibraryTest {};
 
 TEST_F(AnEarlyRequestWithoutMemory, IsDropped) {
@@ -424,6 +489,7 @@ TEST_F(AnEarlyRequestWithoutMemory, IsDropped) {
   platform().clock.advance(kLong);
 
   EXPECT_THAT(logLines().back(), IsLine(kFile, "receiveRequest", "bundle_create is failed"));
+  EXPECT_THAT(calls({"bundle_foreach", "bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   EXPECT_EQ(platform().journal.count("ecore_timer_add"), 0);
 }

@@ -142,6 +142,22 @@ TEST_F(AnActionResponse, NeedsACore) {
   expectLeft(DeliberateLeak::UndeliveredResponse);
 }
 
+TEST_F(AnActionResponse, TellsTheApplicationThatThereIsNoCore) {
+  assistant.asksForAction("play", 1);
+  NorixImpl *core = nullptr;
+  platform().during["bundle_create"] = [&core] {
+    core = std::exchange(NorixImpl::_instance, nullptr);
+  };
+
+  EXPECT_EQ(app.answersAction("result"), NORIX_ERROR_OUT_OF_MEMORY);
+
+  NorixImpl::_instance = core;
+  EXPECT_EQ(log().back(), "Response success");
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  EXPECT_THAT(NorixCommonData::_instance->_actionHandlerMap, IsEmpty());
+  expectLeft(DeliberateLeak::UndeliveredResponse);
+}
+
 TEST_F(AnActionResponse, NeedsAClient) {
   assistant.asksForAction("play", 1);
   forgetCalls();
@@ -163,6 +179,19 @@ TEST_F(AnActionResponse, DoesNotNoticeThatItWasNotSent) {
   EXPECT_EQ(app.answersAction("result"), NORIX_ERROR_NONE);
 
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
+}
+
+TEST_F(AnActionResponse, LetsAnotherExceptionOfTheDelegateThrough) {
+  assistant.asksForAction("play", 1);
+  platform().during["rpc_port_parcel_create"] = [] { throw std::bad_alloc(); };
+  forgetCalls();
+
+  EXPECT_THROW(app.answersAction("result"), std::bad_alloc);
+
+  EXPECT_EQ(log().back(), "App Id org.example.music");
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.count(2), 1U);
+  expectLeft(DeliberateLeak::AppIdOfFailedDelivery);
 }
 
 TEST_F(AnActionResponse, LetsAnotherExceptionThrough) {

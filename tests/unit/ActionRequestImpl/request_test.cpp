@@ -5,16 +5,20 @@
 
 #include "NorixImpl/NorixCommonData.h"
 
+#include "fakes/Heap.h"
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
 
 #include <norix.h>
+
+#include <new>
 
 namespace {
 
 using fake::IsLine;
 using fake::library;
 using fake::platform;
+using fake::ResponsesAre;
 using fake::TextsAre;
 using norix::ActionRequestImpl;
 using norix::ActionRequestImplAccess;
@@ -117,6 +121,22 @@ TEST_F(AnActionRequest, GoesOnWithoutATimer) {
   // Without a timer there is no wait, and every answer is late.
   EXPECT_EQ(app.actionRequests.size(), 1U);
   EXPECT_EQ(app.answersAction("result"), NORIX_ERROR_OPERATION_FAILED);
+}
+
+// The wait has begun before the handle is drawn, and the application has not been called.
+TEST_F(AnActionRequest, WaitsAlsoWhenItsHandleFindsNoMemory) {
+  NorixCommonData::_instance->_actionHandlerMap[2] = {"older", 7};
+  platform().during["ecore_timer_add"] = [] { fake::Heap::instance().failNew(1); };
+
+  EXPECT_THROW(assistant.asksForAction("play", 42), std::bad_alloc);
+
+  EXPECT_EQ(platform().clock.alive().size(), 1U);
+  EXPECT_THAT(app.actionRequests, IsEmpty());
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerIndex, 2);
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.count(2), 0U);
+  platform().clock.advance(30);
+  EXPECT_THAT(assistant.responses(),
+              ResponsesAre({fake::actionFailure("Action execution request timed out", 42)}));
 }
 
 TEST_F(AnActionRequest, DropsTheParkedOneWithoutFreeingIt) {

@@ -155,6 +155,7 @@ TEST_F(AnUnansweredAction, SendsNothingWithoutABundle) {
   EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction,
                                            "action execution timed out. Failed to execute action."),
                                     IsLine(kFile, kFunction, "bundle_create is failed")}));
+  EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   // The handle is kept, but the wait is over.
   EXPECT_EQ(app.answersAction("late"), NORIX_ERROR_OPERATION_FAILED);

@@ -61,6 +61,34 @@ TEST_F(Deinitialising, DeletesTheRetryTimerBeforeTheCompletionTimer) {
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 
+TEST_F(Deinitialising, LeavesNoTimerOfAnActionBehind) {
+  app.registersFor("play");
+  assistant.asksForAction("play", 1); // timer 1
+  app.deinitialises();
+  app.initialises();
+  assistant.isReady();
+
+  assistant.asksForAction("unknown", 2);
+
+  EXPECT_THAT(calls({"ecore_timer_del"}),
+              TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)"}));
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
+TEST_F(Deinitialising, LeavesNoTimerOfAParkedRequestBehind) {
+  assistant.asksForAction("late", 1); // timer 1
+  app.deinitialises();
+  app.initialises();
+  assistant.isReady();
+
+  assistant.asksForAction("unknown", 2);
+
+  EXPECT_THAT(calls({"ecore_timer_del"}),
+              TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)"}));
+  EXPECT_EQ(platform().clock.alive().size(), 1U);
+  expectLeft(DeliberateLeak::ParkedBundle, 2);
+}
+
 TEST_F(Deinitialising, LeavesTheTimerOfAStateRequestAlone) {
   app.registersForState();
   assistant.asksForState(1);

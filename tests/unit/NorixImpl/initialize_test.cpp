@@ -8,6 +8,7 @@
 #include <norix.h>
 #include <rpc-port.h>
 
+#include <new>
 #include <ostream>
 
 namespace {
@@ -165,6 +166,45 @@ INSTANTIATE_TEST_SUITE_P(ThatCounts, AListenFailure,
                          [](const auto &tested) {
                            return "Minus" + std::to_string(-tested.param);
                          });
+
+// Not the channel's own exception: nobody catches it.
+class AnotherExceptionOfListening : public Initialising {
+protected:
+  static void listeningThrows() {
+    platform().during["rpc_port_stub_listen"] = [] { throw std::bad_alloc(); };
+  }
+};
+
+TEST_F(AnotherExceptionOfListening, ReachesTheApplication) {
+  listeningThrows();
+
+  EXPECT_THROW(app.initialises(), std::bad_alloc);
+
+  EXPECT_THAT(log(), IsEmpty());
+  EXPECT_EQ(platform().journal.count(kNothrowNew), 1); // the stub's object and no other
+  expectLeft(DeliberateLeak::StubOfFailedInitialise);
+}
+
+TEST_F(AnotherExceptionOfListening, LeavesTheLibraryUninitialised) {
+  listeningThrows();
+  EXPECT_THROW(app.initialises(), std::bad_alloc);
+
+  EXPECT_EQ(app.registersForState(), NORIX_ERROR_OPERATION_FAILED);
+  EXPECT_EQ(app.deinitialises(), NORIX_ERROR_NONE);
+
+  EXPECT_EQ(platform().ports.stubsAlive(), 1U);
+  expectLeft(DeliberateLeak::StubOfFailedInitialise);
+}
+
+TEST_F(AnotherExceptionOfListening, IsFollowedByANewStub) {
+  listeningThrows();
+  EXPECT_THROW(app.initialises(), std::bad_alloc);
+
+  EXPECT_EQ(app.initialises(), NORIX_ERROR_NONE);
+
+  EXPECT_EQ(platform().ports.stubsAlive(), 2U);
+  expectLeft(DeliberateLeak::StubOfFailedInitialise);
+}
 
 class AHarmlessListenFailure : public Initialising, public testing::WithParamInterface<int> {};
 

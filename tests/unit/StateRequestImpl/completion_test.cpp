@@ -187,6 +187,7 @@ TEST_F(AStateAnswer, IsLostWithoutABundle) {
 
   EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "App result:"),
                                     IsLine(kFile, kFunction, "bundle_create is failed")}));
+  EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(platform().clock.alive(), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
 }

@@ -7,6 +7,8 @@
 
 #include <norix.h>
 
+#include <new>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -152,6 +154,33 @@ TEST_F(AStateResponse, NeedsACore) {
   expectLeft(DeliberateLeak::UndeliveredResponse);
 }
 
+TEST_F(AStateResponse, TellsTheApplicationThatThereIsNoCore) {
+  assistant.asksForState(1);
+  NorixImpl *core = nullptr;
+  platform().during["bundle_create"] = [&core] {
+    core = std::exchange(NorixImpl::_instance, nullptr);
+  };
+
+  EXPECT_EQ(app.answersState("state"), NORIX_ERROR_OUT_OF_MEMORY);
+
+  NorixImpl::_instance = core;
+  EXPECT_EQ(log().back(), "[NorixClient <- App] send result: -12");
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+  expectLeft(DeliberateLeak::UndeliveredResponse);
+}
+
+TEST_F(AStateResponse, TellsTheApplicationThatThereIsNoClient) {
+  assistant.asksForState(1);
+  std::optional<fake::NoClient> noClient;
+  platform().during["bundle_create"] = [&noClient] { noClient.emplace(); };
+
+  EXPECT_EQ(app.answersState("state"), NORIX_ERROR_OPERATION_FAILED);
+
+  noClient.reset();
+  EXPECT_EQ(log().back(), "[NorixClient <- App] send result: -1073741825");
+  expectLeft(DeliberateLeak::UndeliveredResponse);
+}
+
 TEST_F(AStateResponse, NeedsAClient) {
   assistant.asksForState(1);
   forgetCalls();
@@ -163,6 +192,29 @@ TEST_F(AStateResponse, NeedsAClient) {
   EXPECT_THAT(logLines().back(), isDeliveryLine("Norix Client is not connected"));
   EXPECT_EQ(platform().journal.count("app_get_id"), 0);
   expectLeft(DeliberateLeak::UndeliveredResponse);
+}
+
+// The bundle is its owner's and the id is released before the invocation: nothing is left.
+TEST_F(AStateResponse, LetsAnotherExceptionOfTheDelegateThrough) {
+  assistant.asksForState(1);
+  platform().during["rpc_port_parcel_create"] = [] { throw std::bad_alloc(); };
+  forgetCalls();
+
+  EXPECT_THROW(app.answersState("state"), std::bad_alloc);
+
+  EXPECT_EQ(log().back(), "App Id org.example.music");
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+}
+
+TEST_F(AStateResponse, LetsAnotherExceptionOfATimeoutThrough) {
+  assistant.asksForState(1);
+  platform().during["rpc_port_parcel_create"] = [] { throw std::bad_alloc(); };
+
+  EXPECT_THROW(platform().clock.advance(30), std::bad_alloc);
+
+  EXPECT_EQ(app.answersState("late"), NORIX_ERROR_OPERATION_FAILED); // the handle is kept
+  platform().clock.advance(kLong);
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
 }
 
 TEST_F(AStateResponse, DoesNotNoticeThatItWasNotSent) {

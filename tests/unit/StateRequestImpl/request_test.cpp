@@ -3,10 +3,13 @@
 
 #include "NorixImpl/NorixCommonData.h"
 
+#include "fakes/Heap.h"
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
 
 #include <norix.h>
+
+#include <new>
 
 namespace {
 
@@ -133,6 +136,22 @@ TEST_F(AStateRequest, IsAbandonedWithDeleteTimer) {
   EXPECT_THAT(log(), IsEmpty());
 }
 
+// The wait has begun before the handle is drawn, and the application has not been called.
+TEST_F(AStateRequest, WaitsAlsoWhenItsHandleFindsNoMemory) {
+  NorixCommonData::_instance->_actionHandlerMap[2] = {"older", 7};
+  platform().during["ecore_timer_add"] = [] { fake::Heap::instance().failNew(1); };
+
+  EXPECT_THROW(assistant.asksForState(42), std::bad_alloc);
+
+  EXPECT_EQ(platform().clock.alive().size(), 1U);
+  EXPECT_THAT(app.stateRequests, IsEmpty());
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerIndex, 2);
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.count(2), 0U);
+  platform().clock.advance(30);
+  EXPECT_THAT(assistant.responses(),
+              ResponsesAre({fake::stateFailure("App state request execution timed out", 42)}));
+}
+
 class AStateRequestWithoutACallback : public fake::ReadyLibraryTest {};
 
 TEST_F(AStateRequestWithoutACallback, IsAnsweredWithAFailureAtOnce) {
@@ -173,6 +192,7 @@ TEST_F(AStateRequestWithoutACallback, IsNotAnsweredWithoutABundle) {
 
   EXPECT_THAT(logLines().back(),
               IsLine("StateRequestImpl.cpp", "receiveRequest", "Bundle create failed"));
+  EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
 }
 

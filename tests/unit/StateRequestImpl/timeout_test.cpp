@@ -132,6 +132,7 @@ TEST_F(AnUnansweredStateRequest, SendsNothingWithoutABundle) {
   platform().clock.advance(30);
 
   EXPECT_THAT(logLines().back(), IsLine(kFile, kFunction, "bundle_create is failed"));
+  EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   // The handle is kept, but the wait is over.
   EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.size(), 1U);
