@@ -4,6 +4,7 @@
 #include <app.h>
 #include <csignal>
 #include <cstdlib>
+#include <ostream>
 #include <gmock/gmock.h>
 #include <service_app.h>
 #include <string>
@@ -181,6 +182,10 @@ struct EndingSignal {
   int number;
 };
 
+void PrintTo(const EndingSignal &row, std::ostream *out) {
+  *out << row.name;
+}
+
 class AnEndingSignal : public TestWithParam<EndingSignal> {};
 
 TEST_P(AnEndingSignal, EndsTheLoopAndTerminatesTheApplication) {
@@ -204,6 +209,10 @@ struct Surroundings {
   const char *name;
   std::vector<std::string> environment;
 };
+
+void PrintTo(const Surroundings &row, std::ostream *out) {
+  *out << row.name;
+}
 
 class PoorSurroundings : public TestWithParam<Surroundings> {};
 

@@ -4,6 +4,7 @@
 #include "support/AppFolder.h"
 
 #include <gmock/gmock.h>
+#include <ostream>
 #include <string>
 
 namespace {
@@ -75,6 +76,10 @@ struct Malformed {
   std::string text;
   const char *objection;
 };
+
+void PrintTo(const Malformed &row, std::ostream *out) {
+  *out << row.name;
+}
 
 class AMalformedManifest : public testing::TestWithParam<Malformed> {};
 

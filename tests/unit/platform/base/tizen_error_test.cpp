@@ -2,6 +2,7 @@
 #include <tizen_error.h>
 
 #include <climits>
+#include <ostream>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -51,6 +52,10 @@ struct Message {
   int error;
   const char *text;
 };
+
+void PrintTo(const Message &row, std::ostream *out) {
+  *out << row.name;
+}
 
 class AnErrorMessage : public testing::TestWithParam<Message> {};
 

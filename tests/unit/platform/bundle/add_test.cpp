@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdint>
 #include <functional>
+#include <ostream>
 
 namespace {
 
@@ -11,6 +12,10 @@ struct Adder {
   const char *name;
   std::function<int(bundle *, const char *)> add;
 };
+
+void PrintTo(const Adder &row, std::ostream *out) {
+  *out << row.name;
+}
 
 /** @brief What holds for all four functions that add a key. */
 class AddingAKey : public testing::TestWithParam<Adder> {};

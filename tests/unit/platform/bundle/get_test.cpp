@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/Bundles.h"
 
+#include <ostream>
+
 namespace {
 
 /** @brief What a getter is asked for: a bundle that has one value of each type, or none at all. */
@@ -10,6 +12,10 @@ struct Asked {
   const char *key;
   int result;
 };
+
+void PrintTo(const Asked &row, std::ostream *out) {
+  *out << row.name;
+}
 
 std::string nameOf(const testing::TestParamInfo<Asked> &info) {
   return info.param.name;

@@ -3,6 +3,7 @@
 
 #include <climits>
 #include <functional>
+#include <ostream>
 
 namespace {
 
@@ -114,6 +115,10 @@ struct Bad {
   const char *name;
   Bytes bytes;
 };
+
+void PrintTo(const Bad &row, std::ostream *out) {
+  *out << row.name;
+}
 
 class ABadWireForm : public testing::TestWithParam<Bad> {};
 

@@ -5,6 +5,7 @@
 
 #include <dlog.h>
 #include <gmock/gmock.h>
+#include <ostream>
 
 namespace {
 
@@ -35,6 +36,10 @@ struct Rule {
   const char *tag;
   const char *pass;
 };
+
+void PrintTo(const Rule &row, std::ostream *out) {
+  *out << row.name;
+}
 
 class AFilter : public testing::TestWithParam<Rule> {};
 

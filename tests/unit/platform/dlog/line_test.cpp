@@ -8,6 +8,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <ctime>
+#include <ostream>
 #include <dlog.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -121,6 +122,10 @@ struct Letter {
   log_priority priority;
   char letter;
 };
+
+void PrintTo(const Letter &row, std::ostream *out) {
+  *out << row.letter;
+}
 
 class APriority : public testing::TestWithParam<Letter> {};
 
