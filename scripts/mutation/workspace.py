@@ -94,9 +94,12 @@ class Workspace:
         return "\n".join(sorted(lines)) + "\n"
 
     def _library_tests(self):
-        """The executables that are linked from the objects of the library itself."""
+        """The tests that are linked from the objects of the library itself.
+
+        Fuzz targets are, too, but they replay files, and test nothing without.
+        """
         listing = self._must_run(["ninja", "-C", self._build, "-t", "targets", "all"])
-        executables = re.findall(r"^(bin/\S+): CXX_EXECUTABLE_LINKER", listing, re.MULTILINE)
+        executables = re.findall(r"^(bin/\S+_test): CXX_EXECUTABLE_LINKER", listing, re.MULTILINE)
         found = []
         for executable in executables:
             inputs = self._must_run(["ninja", "-C", self._build, "-t", "query", executable])

@@ -13,6 +13,9 @@ struct ActionRequestImplAccess {
     ActionRequestImpl::_instance->_actionExecutionInfoMap[actionId] = nullptr;
   }
 
+  static const void *record(const std::string &actionId) {
+    return ActionRequestImpl::_instance->_actionExecutionInfoMap.at(actionId).get();
+  }
   static void setPendingBundle(bundle *pending) {
     ActionRequestImpl::_instance->_pendingBundle = pending;
   }

@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Requests that arrive before their callback is registered.
-#include "ActionRequestImplAccess.h"
+#include "EarlyRequest.h"
 
 #include "NorixImpl/NorixCommonData.h"
 
-#include "fakes/LibraryTest.h"
-#include "fakes/LogMatchers.h"
-#include "fakes/NoClient.h"
-
 #include <norix.h>
-
-#include <stdexcept>
 
 namespace {
 
@@ -29,33 +23,6 @@ using norix::NorixCommonData;
 using testing::IsEmpty;
 
 constexpr const char *kFile = "ActionRequestImpl.cpp";
-constexpr const char *kTickFunction = "_actionExecutionFireCb";
-constexpr const char *kTick = "_actionExecutionFireCb called";
-constexpr double kInterval = 0.02;
-
-auto isTickLine(const char *text) {
-  return IsLine(kFile, kTickFunction, text);
-}
-
-class AnEarlyRequest : public fake::ReadyLibraryTest {
-protected:
-  void SetUp() override {
-    ReadyLibraryTest::SetUp();
-    assistant.asksForAction("play", 42); // timer 1
-    const std::vector<fake::FakeTimer> timers = platform().clock.alive();
-    ASSERT_EQ(timers.size(), 1U);
-    tick = timers[0].callback;
-  }
-
-  static void ticks(int times) { platform().clock.advance(kInterval * times); }
-  // Calls the timer's callback out of turn.
-  Eina_Bool fires(void *data) const {
-    return library([this, data] { return tick(data); });
-  }
-  static ActionRequestImpl *object() { return ActionRequestImpl::_instance; }
-
-  Ecore_Task_Cb tick = nullptr;
-};
 
 TEST_F(AnEarlyRequest, IsParkedAndRetried) {
   const fake::FakeTimer timer = platform().clock.alive()[0];
@@ -91,6 +58,28 @@ TEST_F(AnEarlyRequest, IsDeliveredByTheTickAfterTheRegistration) {
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 
+struct Delivered {
+  void *handle;
+  bundle *params;
+};
+
+void noteDelivery(void *handle, bundle *params, void *delivered) {
+  *static_cast<Delivered *>(delivered) = {handle, params};
+}
+
+TEST_F(AnEarlyRequest, IsDeliveredAsItsCopyAndTheActionIdInIt) {
+  Delivered delivered = {nullptr, nullptr};
+  char *actionId = nullptr;
+  norix_set_action_execution_cb("play", noteDelivery, &delivered);
+
+  ticks(1);
+
+  EXPECT_EQ(delivered.params, ActionRequestImplAccess::pendingBundle());
+  bundle_get_str(delivered.params, "actionId", &actionId);
+  EXPECT_EQ(delivered.handle, actionId);
+  expectLeft(DeliberateLeak::ParkedBundle);
+}
+
 TEST_F(AnEarlyRequest, IsDeliveredByTheFifthTickAtTheLatest) {
   ticks(4);
   app.registersFor("play");
@@ -113,8 +102,8 @@ TEST_F(AnEarlyRequest, IsLoggedWhenItIsDelivered) {
   EXPECT_THAT(logLines()[0], isTickLine(kTick));
   EXPECT_EQ(logLines()[1].function, kTickFunction);
   EXPECT_EQ(logLines()[1].format, "%s %s %s(%d): Found execute action Id: %s  Callback: %p");
-  EXPECT_THAT(log()[1],
-              testing::MatchesRegex("Found execute action Id: play  Callback: 0x[0-9a-f]+"));
+  EXPECT_EQ(log()[1], "Found execute action Id: play  Callback: "
+                          + testing::PrintToString(ActionRequestImplAccess::record("play")));
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 
@@ -306,140 +295,6 @@ TEST_F(AnEarlyRequest, IsNeitherParkedNorAnsweredWhileAnotherIs) {
   EXPECT_THAT(calls({"bundle_create", "ecore_timer_add"}), IsEmpty());
   EXPECT_EQ(ActionRequestImplAccess::pendingBundle(), nullptr); // dropped all the same
   bundle_free(second);
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-// A tick that cannot go on ends its timer, and the object goes on naming it.
-TEST_F(AnEarlyRequest, NeedsItsObject) {
-  forgetCalls();
-
-  EXPECT_EQ(fires(nullptr), ECORE_CALLBACK_CANCEL);
-
-  EXPECT_THAT(logLines(), LinesAre({isTickLine(kTick), isTickLine("actionPtr is null")}));
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, NeedsAClient) {
-  forgetCalls();
-  {
-    const fake::NoClient noClient;
-    ticks(6);
-  }
-
-  EXPECT_THAT(logLines(), LinesAre({isTickLine(kTick), isTickLine("Norix Client app id is null")}));
-  EXPECT_THAT(platform().clock.alive(), IsEmpty());
-
-  forgetCalls();
-  assistant.asksForAction("play", 43);
-  EXPECT_THAT(
-      calls({"ecore_timer_del"}),
-      TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)", "ecore_timer_del(stale timer)"}));
-  expectLeft(DeliberateLeak::ParkedBundle); // of the second; the first was freed
-}
-
-TEST_F(AnEarlyRequest, TakesAClientWithAnEmptyId) {
-  NorixCommonData::_instance->_norixClientAppId.clear();
-  app.registersFor("play");
-
-  ticks(1);
-
-  EXPECT_EQ(app.actionRequests.size(), 1U);
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, NeedsItsCopy) {
-  forgetCalls();
-  ActionRequestImplAccess::setPendingBundle(nullptr);
-
-  ticks(6);
-
-  EXPECT_THAT(logLines(),
-              LinesAre({isTickLine(kTick), isTickLine("ActionRequest bundle data is null")}));
-  EXPECT_THAT(platform().clock.alive(), IsEmpty());
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, NeedsItsTimer) {
-  app.registersFor("play");
-  ticks(1); // delivered, with its copy still there and the timer's field empty
-  forgetCalls();
-
-  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
-
-  EXPECT_THAT(
-      logLines(),
-      LinesAre({isTickLine(kTick), isTickLine("ActionRequest _actionExecutionFireTimer is null")}));
-  EXPECT_EQ(app.actionRequests.size(), 1U);
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, ChecksItsTimerBeforeItCountsTheTick) {
-  ticks(6); // given up: another tick counted would give it up again
-  forgetCalls();
-
-  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
-
-  EXPECT_THAT(
-      logLines(),
-      LinesAre({isTickLine(kTick), isTickLine("ActionRequest _actionExecutionFireTimer is null")}));
-  EXPECT_EQ(assistant.callbacks().size(), 1U);
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, ChecksItsClientBeforeItsCopy) {
-  ActionRequestImplAccess::setPendingBundle(nullptr);
-  forgetCalls();
-  {
-    const fake::NoClient noClient;
-
-    EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
-  }
-
-  EXPECT_EQ(log().back(), "Norix Client app id is null");
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, ChecksItsCopyBeforeItsTimer) {
-  app.deinitialises();
-  forgetCalls();
-
-  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
-
-  EXPECT_EQ(log().back(), "ActionRequest bundle data is null");
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, RenewsItsTimerUntilItIsDelivered) {
-  EXPECT_EQ(fires(object()), ECORE_CALLBACK_RENEW);
-
-  app.registersFor("play");
-  EXPECT_EQ(fires(object()), ECORE_CALLBACK_CANCEL);
-  expectLeft(DeliberateLeak::ParkedBundle);
-
-  // Fired by the test and not by the clock: the timer is still there, and has nothing to do.
-  platform().clock.advance(1);
-  EXPECT_EQ(app.actionRequests.size(), 1U);
-}
-
-TEST_F(AnEarlyRequest, ThrowsOutOfTheTickWhenItsCopyHasNoActionId) {
-  bundle *without = platform().bundles.create({});
-  ActionRequestImplAccess::setPendingBundle(without);
-
-  EXPECT_THAT([] { ticks(1); }, testing::ThrowsMessage<std::logic_error>(
-                                    testing::StrEq("basic_string::_M_construct null not valid")));
-
-  bundle_free(without);
-  ActionRequestImplAccess::setPendingBundle(nullptr);
-  expectLeft(DeliberateLeak::ParkedBundle);
-}
-
-TEST_F(AnEarlyRequest, GoesOnWithoutATimer) {
-  platform().faults.fail("ecore_timer_add");
-
-  assistant.asksForAction("play", 43);
-  platform().clock.advance(kLong);
-
-  EXPECT_THAT(assistant.callbacks(), IsEmpty());
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 

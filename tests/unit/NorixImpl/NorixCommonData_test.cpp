@@ -94,6 +94,35 @@ TEST_F(AHandleNumber, IsReadThroughTheAddressOfItsSlot) {
   EXPECT_EQ(app.actionRequests.back().handle, &NorixCommonData::_instance->_actionHandlers[2]);
 }
 
+// A handle is its slot's address and nothing more: an application that keeps one for a hundred
+// requests holds the handle of the latest.
+TEST_F(AHandleNumber, IsAnotherRequestsAfterAHundred) {
+  assistant.asksForAction("play", 1);
+  void *const first = app.actionRequests.back().handle;
+  for (uint64_t nth = 2; nth <= 100; ++nth) {
+    assistant.asksForState(nth);
+    EXPECT_NE(app.stateRequests.back().handle, first);
+  }
+
+  assistant.asksForAction("play", 101);
+
+  EXPECT_EQ(app.actionRequests.back().handle, first);
+  EXPECT_EQ(norix_complete_action_execution(first, "result"), NORIX_ERROR_NONE);
+  EXPECT_THAT(assistant.responses(), fake::ResponsesAre({fake::actionAnswer("result", 101)}));
+}
+
+TEST_F(AHandleNumber, IsNeverOfUseForAnotherNumber) {
+  assistant.asksForAction("play", 1);
+  for (uint64_t nth = 2; nth <= 100; ++nth) {
+    assistant.asksForAction("play", nth);
+    EXPECT_EQ(norix_complete_action_execution(app.actionRequests[0].handle, "x"), NORIX_ERROR_NONE);
+    EXPECT_EQ(norix_complete_app_state_request(app.actionRequests[0].handle, "x"),
+              NORIX_ERROR_NONE);
+  }
+
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+}
+
 TEST_F(AHandleNumber, BelongsToTheLatestRequestAlone) {
   assistant.asksForState(1);
   assistant.asksForAction("play", 2);

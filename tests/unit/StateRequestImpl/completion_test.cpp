@@ -212,6 +212,31 @@ TEST_F(AStateAnswer, GoesToTheClientThatAsked) {
   EXPECT_THAT(other.responses(), ResponsesAre({fake::stateAnswer("playing", 44)}));
 }
 
+TEST_F(AStateAnswer, HasZerosForTheIdThatItsRequestDidNotHave) {
+  assistant.sends({fake::text("actionId", "getAppContext")});
+
+  EXPECT_EQ(app.answersState("playing"), NORIX_ERROR_NONE);
+
+  EXPECT_THAT(assistant.responses(), ResponsesAre({fake::stateAnswer("playing", 0)}));
+}
+
+TEST_F(AStateAnswer, HasAllSixtyFourBitsOfTheId) {
+  assistant.asksForState(0xfedcba9876543210ULL);
+
+  EXPECT_EQ(app.answersState("playing"), NORIX_ERROR_NONE);
+
+  EXPECT_THAT(assistant.responses(),
+              ResponsesAre({fake::stateAnswer("playing", 0xfedcba9876543210ULL)}));
+}
+
+TEST_F(AStateAnswer, MayBeGivenInsideTheCallback) {
+  app.onState = [this](const auto &) { EXPECT_EQ(app.answersState("at once"), NORIX_ERROR_NONE); };
+
+  assistant.asksForState(43);
+
+  EXPECT_THAT(assistant.responses(), ResponsesAre({fake::stateAnswer("at once", 43)}));
+}
+
 struct Answer {
   const char *name;
   std::string text;

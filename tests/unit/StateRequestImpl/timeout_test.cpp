@@ -75,6 +75,28 @@ TEST_F(AnUnansweredStateRequest, LosesItsHandle) {
   EXPECT_THAT(NorixCommonData::_instance->_actionHandlerMap, IsEmpty());
 }
 
+TEST_F(AnUnansweredStateRequest, LosesTheHandleOfTheCurrentNumberWhicheverItIs) {
+  NorixCommonData::_instance->_actionHandlerMap[50] = {"other", 1};
+  NorixCommonData::_instance->_actionHandlerIndex = 50;
+
+  platform().clock.advance(30);
+
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.count(50), 0U);
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.count(2), 1U);
+}
+
+// The entry of another number outlives the timeout: its late answer is told so.
+TEST_F(AnUnansweredStateRequest, RefusesALateAnswerWhoseHandleIsStillKnown) {
+  NorixCommonData::_instance->_actionHandlerIndex = 50;
+  platform().clock.advance(30);
+  forgetCalls();
+
+  EXPECT_EQ(app.answersState("late"), NORIX_ERROR_OPERATION_FAILED);
+
+  EXPECT_THAT(log(), TextsAre({"App State result recieved after timeout, discarding"}));
+  EXPECT_EQ(NorixCommonData::_instance->_actionHandlerMap.count(2), 1U);
+}
+
 TEST_F(AnUnansweredStateRequest, IsStillNamedWhileTheTimeoutIsSent) {
   size_t entries = 0;
   platform().during["rpc_port_parcel_send"] = [&entries] {

@@ -3,6 +3,8 @@
 
 #include "message/Exception.h"
 
+#include <new>
+
 namespace {
 
 using fake::Bool;
@@ -171,6 +173,31 @@ TEST_F(AResponseDelegate, DoesNotKeepItsServiceAlive) {
   assistant.disconnects();
 
   EXPECT_THAT(recorded.events, TextsAre({"OnTerminate instance-1", "destroyed instance-1"}));
+}
+
+TEST_F(AResponseDelegate, DoesNotKeepItsServiceAliveWhileItSends) {
+  registers();
+  recorded.events.clear();
+  platform().during["rpc_port_parcel_send"] = [this] {
+    assistant.disconnects();
+    recorded.add("sent");
+  };
+
+  invoke("text");
+
+  EXPECT_THAT(recorded.events,
+              TextsAre({"OnTerminate instance-1", "destroyed instance-1", "sent"}));
+}
+
+TEST_F(AResponseDelegate, ReleasesItsParcelAndItsBundleWhenItIsInterrupted) {
+  registers({1, 7, true});
+  platform().during["rpc_port_parcel_send"] = [] { throw std::bad_alloc(); };
+
+  EXPECT_THROW(invoke("text"), std::bad_alloc);
+
+  EXPECT_EQ(platform().bundles.alive(), 0U);
+  EXPECT_EQ(platform().ports.parcelsAlive(), 0U);
+  EXPECT_NO_THROW(invoke("again")); // it counts as not invoked
 }
 
 TEST_F(AResponseDelegate, SendsNothingWhenItIsDestroyed) {

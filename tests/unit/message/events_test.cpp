@@ -5,6 +5,8 @@
 
 #include "fakes/LogMatchers.h"
 
+#include <stdexcept>
+
 namespace {
 
 using fake::IsStubLine;
@@ -24,6 +26,24 @@ TEST_F(AConnection, GetsItsService) {
   EXPECT_THAT(recorded.events,
               TextsAre({"create com.valtren.tizen.norix instance-1", "OnCreate instance-1"}));
   EXPECT_THAT(log(), IsEmpty());
+}
+
+TEST_F(AConnection, NeedsASender) {
+  const auto [connected, userData] = platform().ports.stub()->connected;
+
+  EXPECT_THROW(fake::library([&] { connected(nullptr, "instance-1", userData); }),
+               std::logic_error);
+
+  EXPECT_THAT(recorded.events, IsEmpty());
+}
+
+TEST_F(AConnection, NeedsAnInstance) {
+  const auto [connected, userData] = platform().ports.stub()->connected;
+
+  EXPECT_THROW(fake::library([&] { connected(fake::kAssistantId, nullptr, userData); }),
+               std::logic_error);
+
+  EXPECT_THAT(recorded.events, IsEmpty());
 }
 
 TEST_F(AConnection, IsNotServedBeforeItsServiceIsCreated) {
@@ -120,6 +140,20 @@ TEST_F(AConnection, MayEndInTheMiddleOfItsRequest) {
   // The service lives until its request has been dealt with.
   EXPECT_THAT(recorded.events, TextsAre({"Send to com.valtren.tizen.norix",
                                          "OnTerminate instance-1", "destroyed instance-1"}));
+}
+
+TEST_F(AConnection, GivesEverythingBackWhenItsServiceThrows) {
+  assistant.connects();
+  recorded.onSend = [] { throw std::runtime_error("the service's"); };
+  forgetCalls();
+
+  EXPECT_THROW(assistant.sends({}), std::runtime_error);
+
+  EXPECT_THAT(calls({"bundle_free", "rpc_port_parcel_destroy"}),
+              TextsAre({"bundle_free(bundle 2)", "bundle_free(bundle 1)",
+                        "rpc_port_parcel_destroy(parcel 1)", "rpc_port_parcel_destroy(parcel 2)"}));
+  recorded.onSend = nullptr;
+  EXPECT_EQ(assistant.sends({}), 0);
 }
 
 TEST_F(AConnection, MaySeeTheStubGoInTheMiddleOfItsRequest) {

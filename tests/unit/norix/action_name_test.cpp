@@ -118,6 +118,26 @@ TEST_F(AnActionName, IsUnknownForANullHandleWithARequestInProgress) {
   EXPECT_THAT(log(), TextsAre({"In getActionName, entry not found", kUnknown}));
 }
 
+// Nobody can be asked to read there.
+void *const kNowhere = reinterpret_cast<void *>(1);
+
+TEST_F(AnActionName, IsNotLookedUpThroughAHandleWithoutARequest) {
+  forgetCalls();
+
+  EXPECT_EQ(getActionName(kNowhere, &name), NORIX_ERROR_INVALID_PARAMETER);
+
+  EXPECT_THAT(log(), TextsAre({"In getActionName, entry not found", kUnknown}));
+}
+
+TEST_F(AnActionName, IsNotLookedUpWithoutAPlaceToBeStored) {
+  assistant.asksForAction("play", 1);
+  forgetCalls();
+
+  EXPECT_EQ(norix_get_action_name(kNowhere, nullptr), NORIX_ERROR_INVALID_PARAMETER);
+
+  EXPECT_THAT(log(), TextsAre({"action_id is null"}));
+}
+
 TEST_F(AnActionName, NeedsAPlaceToBeStored) {
   forgetCalls();
 
@@ -171,6 +191,10 @@ TEST_F(AnActionNameBeforeInitialisation, IsNull) {
   EXPECT_EQ(norix_get_action_name(nullptr, &result), NORIX_ERROR_INVALID_PARAMETER);
 
   EXPECT_EQ(result, nullptr);
+}
+
+TEST_F(AnActionNameBeforeInitialisation, ReadsNoHandle) {
+  EXPECT_EQ(getActionName(kNowhere), NORIX_ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(AnActionNameBeforeInitialisation, ThrowsWithoutTheRequestData) {

@@ -142,6 +142,15 @@ TEST_F(TheCInterface, RefusesANullActionIdSilentlyAfterInitialisation) {
   EXPECT_THAT(log(), IsEmpty());
 }
 
+TEST_F(TheCInterface, ReadsNoHandleBeforeInitialisation) {
+  void *const nowhere = reinterpret_cast<void *>(1);
+
+  EXPECT_EQ(norix_complete_app_state_request(nowhere, "x"), NORIX_ERROR_OPERATION_FAILED);
+  EXPECT_EQ(norix_complete_action_execution(nowhere, "x"), NORIX_ERROR_OPERATION_FAILED);
+  EXPECT_EQ(norix_complete_app_state_request(nullptr, nullptr), NORIX_ERROR_OPERATION_FAILED);
+  EXPECT_EQ(norix_complete_action_execution(nullptr, nullptr), NORIX_ERROR_OPERATION_FAILED);
+}
+
 TEST_F(TheCInterface, ForwardsANullCallback) {
   app.isReady();
 

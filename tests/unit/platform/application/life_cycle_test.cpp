@@ -4,8 +4,8 @@
 #include <app.h>
 #include <csignal>
 #include <cstdlib>
-#include <ostream>
 #include <gmock/gmock.h>
+#include <ostream>
 #include <service_app.h>
 #include <string>
 #include <vector>

@@ -2,8 +2,8 @@
 #include <tizen_error.h>
 
 #include <climits>
-#include <ostream>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 #include <thread>
 

@@ -8,9 +8,9 @@
 #include <cstdarg>
 #include <cstring>
 #include <ctime>
-#include <ostream>
 #include <dlog.h>
 #include <gmock/gmock.h>
+#include <ostream>
 #include <unistd.h>
 
 namespace {
