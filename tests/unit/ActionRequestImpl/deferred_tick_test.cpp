@@ -173,9 +173,8 @@ TEST_F(AnInterruptedTick, HasItsTimerUntilTheWaitForTheAnswerHasBegun) {
 
   EXPECT_THROW(ticks(1), std::bad_alloc);
 
-  EXPECT_THAT(deletedByTheNextRequest(),
-              TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)",
-                        "ecore_timer_del(timer 1)"}));
+  EXPECT_THAT(deletedByTheNextRequest(), TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)",
+                                                   "ecore_timer_del(timer 1)"}));
 }
 
 TEST_F(AnInterruptedTick, HasItsTimerUntilItIsLoggedThatItGivesUp) {
@@ -186,9 +185,8 @@ TEST_F(AnInterruptedTick, HasItsTimerUntilItIsLoggedThatItGivesUp) {
 
   EXPECT_THROW(ticks(1), std::bad_alloc);
 
-  EXPECT_THAT(deletedByTheNextRequest(),
-              TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)",
-                        "ecore_timer_del(timer 1)"}));
+  EXPECT_THAT(deletedByTheNextRequest(), TextsAre({"ecore_timer_del(null)", "ecore_timer_del(null)",
+                                                   "ecore_timer_del(timer 1)"}));
 }
 
 TEST_F(AnInterruptedTick, HasNoTimerAnyMoreWhenTheResponseIsMade) {

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "fakes/LibraryTest.h"
-#include "fakes/LogMatchers.h"
+#include "NorixImpl/messageService.h"
 
 #include "NorixImpl/NorixImpl.h"
+
+#include "fakes/LibraryTest.h"
+#include "fakes/LogMatchers.h"
 
 #include <norix.h>
 
 #include <filesystem>
+#include <iterator>
 #include <ostream>
+#include <utility>
 
 namespace {
 
@@ -184,6 +188,72 @@ TEST_F(TheAllowList, RefusesEverybodyWhenItCannotBeRead) {
   std::filesystem::create_directory(file);
 
   EXPECT_FALSE(serves(assistant));
+}
+
+// The platform's ids are C texts. Whoever gets another in here is looked up by the text up to it.
+TEST_F(TheAllowList, TakesASenderUpToItsFirstNul) {
+  allowListIs("com.valtren.tizen.norix\n");
+  const auto isPermitted = [](const std::string &sender) {
+    return fake::library(
+        [&] { return norix::messageService(sender, "instance").isPermittedSender(); });
+  };
+
+  EXPECT_TRUE(isPermitted(std::string("com.valtren.tizen.norix\0.other", 30)));
+  EXPECT_FALSE(isPermitted(std::string("com\0.valtren.tizen.norix", 24)));
+  EXPECT_EQ(log().back(), "com is not permitted app id");
+}
+
+TEST_F(TheAllowList, IsClosedWheneverItWasRead) {
+  const auto openFiles = [] {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return std::distance(begin(files), end(files));
+  };
+  allowListIs("");
+  const auto before = openFiles();
+
+  EXPECT_FALSE(serves(assistant)); // read to its end at once
+  EXPECT_FALSE(serves(assistant));
+  allowListIs("com.valtren.tizen.norix\norg.example.other\n");
+  EXPECT_TRUE(serves(assistant));
+
+  EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(TheAllowList, IsLookedForInTheMiddleOfEachOfTheThreeCalls) {
+  allowListIs("");
+
+  assistant.registers();
+  assistant.unregisters();
+  assistant.asksForState(1);
+
+  EXPECT_THAT(log(), Contains(kRefused).Times(3));
+  EXPECT_THAT(log(), Contains(kDropped).Times(1));
+}
+
+// A line that was read stays; one that was not read yet does not count.
+TEST_F(TheAllowList, StaysAsItWasReadWhenItIsTakenAway) {
+  allowListIs("org.example.other\n");
+  EXPECT_FALSE(serves(assistant));
+  std::filesystem::remove(std::string(NORIX_PROXY_ALLOW_APPID_LIST_PATH)
+                          + NORIX_PROXY_ALLOW_APPID_LIST_FILE_NAME);
+
+  EXPECT_FALSE(serves(assistant));
+  assistant.disconnects();
+  assistant.connects();
+  EXPECT_TRUE(serves(assistant));
+}
+
+// The assistant's own id is no exception, and nobody asks the constant that holds it.
+TEST_F(TheAllowList, KnowsNoApplicationByItself) {
+  const char *const name = std::exchange(NORIX_PROXY_APP_NAME, "org.example.other");
+  fake::Assistant other("org.example.other", "instance-2");
+  other.connects();
+  allowListIs("com.valtren.tizen.norix\n");
+
+  EXPECT_TRUE(serves(assistant));
+  EXPECT_FALSE(serves(other));
+
+  NORIX_PROXY_APP_NAME = name;
 }
 
 struct Content {

@@ -3,8 +3,11 @@
 
 #include "NorixImpl/NorixImpl.h"
 
+#include "fakes/Heap.h"
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
+
+#include <new>
 
 namespace {
 
@@ -61,6 +64,51 @@ TEST_F(TheMessageService, ReplacesTheDelegateOfItsSender) {
   EXPECT_EQ(delegates().size(), 1U);
   EXPECT_EQ(delegates().at(fake::kAssistantId)->GetSeqId(), 8);
   EXPECT_THAT(assistant.results(), ParcelsAre({fake::resultOf(0), fake::resultOf(0)}));
+}
+
+// The old one goes first: a proxy that registers again does not want it any more, whatever becomes
+// of the new one.
+TEST_F(TheMessageService, DropsTheDelegateOfItsSenderBeforeItKeepsTheNewOne) {
+  assistant.registers({1, 7, false});
+  bool foundNeither = false;
+  for (int nth = 1;; ++nth) {
+    fake::Heap::instance().failNew(nth);
+    try {
+      assistant.registers({1, 8, false});
+      break;
+    } catch (const std::bad_alloc &) {
+      foundNeither = foundNeither || delegates().empty();
+    }
+  }
+
+  fake::Heap::instance().failNew(0);
+
+  EXPECT_TRUE(foundNeither);
+  EXPECT_EQ(delegates().at(fake::kAssistantId)->GetSeqId(), 8);
+}
+
+TEST_F(TheMessageService, KeepsTheDelegateOfItsSenderUnderItsWholeId) {
+  fake::Assistant other("com.valtren.tizen.Norix", "instance-2");
+  other.connects();
+
+  assistant.registers({1, 7, false});
+  other.registers({1, 8, false});
+  other.unregisters();
+
+  ASSERT_EQ(delegates().size(), 1U);
+  EXPECT_EQ(delegates().at(fake::kAssistantId)->GetSeqId(), 7);
+}
+
+TEST_F(TheMessageService, SharesTheDelegateOfItsSenderWithItsOtherConnections) {
+  fake::Assistant again(fake::kAssistantId, "instance-2");
+  again.connects();
+  assistant.registers({1, 7, false});
+
+  again.registers({1, 8, false});
+  EXPECT_EQ(delegates().at(fake::kAssistantId)->GetSeqId(), 8);
+  assistant.unregisters();
+
+  EXPECT_THAT(delegates(), IsEmpty());
 }
 
 TEST_F(TheMessageService, KeepsOneDelegatePerSender) {
