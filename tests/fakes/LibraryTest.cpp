@@ -65,6 +65,17 @@ void LibraryTest::expectLeft(DeliberateLeak leak, std::size_t times) {
   platform().leaks.expectLeft(leak, times);
 }
 
+void LibraryTest::inside(const std::string &call, const std::function<void()> &action) {
+  const std::string function = call.substr(0, call.find('('));
+  platform().during[function] = [call, action] {
+    if (platform().journal.calls().back().text() == call) {
+      action();
+    } else {
+      inside(call, action);
+    }
+  };
+}
+
 void LibraryTest::forgetCalls() {
   platform().journal.clear();
   platform().log.clear();

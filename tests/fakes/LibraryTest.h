@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,9 @@ protected:
   // The allow list, as if it stood in its place.
   void allowListIs(const std::string &content);
   void expectLeft(DeliberateLeak leak, std::size_t times = 1);
+  // What happens inside the next call of the platform that stands in the journal with these words:
+  // "dlog_print(Response success)".
+  static void inside(const std::string &call, const std::function<void()> &action);
   // Forgets what was recorded so far.
   static void forgetCalls();
   static std::vector<std::string> log() { return platform().log.texts(); }

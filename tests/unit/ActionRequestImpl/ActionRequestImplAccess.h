@@ -22,6 +22,13 @@ struct ActionRequestImplAccess {
 
   static bundle *pendingBundle() { return ActionRequestImpl::_instance->_pendingBundle; }
 
+  static int retryCount() { return ActionRequestImpl::_instance->_retryCount; }
+  static Ecore_Timer *completeCheckTimer() {
+    return ActionRequestImpl::_instance->_completeCheckTimer;
+  }
+  static Ecore_Timer *actionExecutionFireTimer() {
+    return ActionRequestImpl::_instance->_actionExecutionFireTimer;
+  }
   static size_t registered() {
     return ActionRequestImpl::_instance->_actionExecutionInfoMap.size();
   }

@@ -8,6 +8,7 @@
 #include "fakes/LogMatchers.h"
 
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -161,6 +162,17 @@ TEST_F(TheMessageService, PassesARequestOn) {
                                "Call stub Sender com.valtren.tizen.norix"),
                         IsLine("NorixImpl.cpp", "executeRequest", "actionId is null")}));
   EXPECT_THAT(assistant.results(), IsEmpty());
+}
+
+TEST_F(TheMessageService, LogsTheSenderBeforeItLooksForTheCore) {
+  NorixImpl *core = nullptr;
+  inside("dlog_print(Call stub Sender com.valtren.tizen.norix)",
+         [&core] { core = std::exchange(NorixImpl::_instance, nullptr); });
+
+  EXPECT_EQ(assistant.asksForState(1), 0);
+
+  NorixImpl::_instance = core;
+  EXPECT_THAT(logLines().back(), isServiceLine("Send", "NorixImpl instance is null"));
 }
 
 // The object went missing after the connection was made.

@@ -52,13 +52,13 @@ TEST_F(TheOrder, OfARequestIsToAbandonTheOneBeforeBeforeItIsRouted) {
   assistant.asksForAction("play", 2);
 
   EXPECT_THAT(calls({"dlog_print", "bundle_get_byte", "ecore_timer_del", "ecore_timer_add"}),
-              testing::ElementsAre(
-                  "dlog_print(Call stub Send)", testing::_, testing::_,
-                  "dlog_print(Call stub Sender com.valtren.tizen.norix)",
-                  "bundle_get_byte(bundle 4, requestId)", "ecore_timer_del(null)",
-                  "ecore_timer_del(timer 1)", "dlog_print(Action Execution request recieved)",
-                  testing::StartsWith("dlog_print(Found execute action Id: play"),
-                  "ecore_timer_add(30)"));
+              testing::ElementsAre("dlog_print(Call stub Send)", testing::_, testing::_,
+                                   "dlog_print(Call stub Sender com.valtren.tizen.norix)",
+                                   "bundle_get_byte(bundle 4, requestId)", "ecore_timer_del(null)",
+                                   "ecore_timer_del(timer 1)",
+                                   "dlog_print(Action Execution request recieved)",
+                                   testing::StartsWith("dlog_print(Found execute action Id: play"),
+                                   "ecore_timer_add(30)"));
 }
 
 TEST_F(TheOrder, OfARequestIsToRecordItsSenderBeforeItIsParked) {
@@ -76,9 +76,9 @@ TEST_F(TheOrder, OfARequestIsToRecordItsSenderBeforeItIsParked) {
 TEST_F(TheOrder, OfADeinitialisationIsToForgetTheStateCallbackFirst) {
   platform().during["ecore_timer_del"] = [this] {
     assistant.asksForState(2);
-    EXPECT_THAT(assistant.responses(),
-                fake::ResponsesAre(
-                    {fake::stateFailure("App state request callback not registered", 2)}));
+    EXPECT_THAT(
+        assistant.responses(),
+        fake::ResponsesAre({fake::stateFailure("App state request callback not registered", 2)}));
   };
 
   app.deinitialises();

@@ -48,6 +48,17 @@ TEST_F(TheSdkVersion, IsAskedForOnceWhenTheCoreObjectIsMade) {
   EXPECT_THAT(calls({"app_get_id", "app_info_create"}), IsEmpty());
 }
 
+TEST_F(TheSdkVersion, IsKeptAfterItsEntryWasLogged) {
+  (void)norix_deinitialize();
+
+  EXPECT_THAT(
+      calls({"dlog_print", "strdup"}),
+      TextsAre({"dlog_print(AppId = org.example.music)",
+                std::string("dlog_print(metadata_key[") + kKey + "] metadata_value[1.0-beta])",
+                "strdup(1.0-beta)", "dlog_print(AppSdkVersion 1.0-beta)",
+                "dlog_print(NorixImpl is not initialized. Please initialize at first.)"}));
+}
+
 TEST_F(TheSdkVersion, CannotBeCuredWithinTheProcess) {
   platform().application.metadata = {{kKey, "1.0-alpha"}};
   EXPECT_EQ(app.initialises(), NORIX_ERROR_NOT_SUPPORTED);
