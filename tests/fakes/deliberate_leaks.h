@@ -24,6 +24,8 @@ enum class DeliberateLeak {
   // What an initialisation that failed after the stub was made leaves: the stub, which proxies may
   // be connected to, and the object around it with its factory.
   StubOfFailedInitialise,
+  // The same when the factory could not be made.
+  StubWithoutFactory,
   // The value of an SDK-version entry that a later entry with the same key replaced.
   ReplacedSdkVersion,
 };
@@ -48,6 +50,8 @@ constexpr Left leftBy(DeliberateLeak leak) {
     return {0, 0, 0, 1, 0};
   case DeliberateLeak::StubOfFailedInitialise:
     return {0, 1, 0, 0, 2};
+  case DeliberateLeak::StubWithoutFactory:
+    return {0, 1, 0, 0, 1};
   case DeliberateLeak::ReplacedSdkVersion:
     return {0, 0, 0, 0, 1};
   }

@@ -123,6 +123,37 @@ TEST_F(TheRegistry, TakesACallbackAwayWithANullCallback) {
   EXPECT_EQ(platform().journal.count(fake::kNothrowNew), 0);
 }
 
+TEST_F(TheRegistry, SaysThatACallbackIsSetWhenItIs) {
+  size_t registered = 0;
+  inside("dlog_print('play' Action Execution cb has been set)",
+         [&registered] { registered = ActionRequestImplAccess::registered(); });
+
+  norix_set_action_execution_cb("play", noteCall, &one);
+
+  EXPECT_EQ(registered, 1U);
+}
+
+TEST_F(TheRegistry, SaysThatACallbackIsTakenAwayWhenItIs) {
+  size_t registered = 1;
+  norix_set_action_execution_cb("play", noteCall, &one);
+  inside("dlog_print('play' Action Execution cb has been unset)",
+         [&registered] { registered = ActionRequestImplAccess::registered(); });
+
+  norix_unset_action_execution_cb("play");
+
+  EXPECT_EQ(registered, 0U);
+}
+
+TEST_F(TheRegistry, KeepsTheEarlierRegistrationWhenTheRecordFindsNoMemory) {
+  norix_set_action_execution_cb("play", noteCall, &one);
+  const void *const record = ActionRequestImplAccess::record("play");
+  platform().faults.fail(fake::kNothrowNew);
+
+  norix_set_action_execution_cb("play", noteCall, &two);
+
+  EXPECT_EQ(ActionRequestImplAccess::record("play"), record);
+}
+
 TEST_F(TheRegistry, NeedsMemoryForARegistration) {
   norix_set_action_execution_cb("play", noteCall, &one);
   forgetCalls();

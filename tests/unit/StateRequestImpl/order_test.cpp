@@ -44,17 +44,17 @@ protected:
 TEST_F(TheStepsOfAState, OfAnAnswerStandInTheirOrder) {
   app.answersState("playing");
 
-  EXPECT_THAT(steps(), TextsAre({"ecore_timer_del(timer 1)", "dlog_print(App result:)",
-                                 "bundle_create()",
-                                 "bundle_add_str(bundle 3, status_code, ACTION_EXECUTION_SUCCESS)",
-                                 "bundle_add_str(bundle 3, appContext, playing)",
-                                 "bundle_add_byte(bundle 3, requestId, 8)",
-                                 "dlog_print(_norixClientAppId : com.valtren.tizen.norix)",
-                                 "dlog_print(App Context:)", "dlog_print(playing)", "app_get_id()",
-                                 "dlog_print(App Id org.example.music)",
-                                 "rpc_port_parcel_send(parcel 5, callback port of instance-1)",
-                                 "bundle_free(bundle 3)",
-                                 "dlog_print([NorixClient <- App] send result: 0)"}));
+  EXPECT_THAT(
+      steps(),
+      TextsAre({"ecore_timer_del(timer 1)", "dlog_print(App result:)", "bundle_create()",
+                "bundle_add_str(bundle 3, status_code, ACTION_EXECUTION_SUCCESS)",
+                "bundle_add_str(bundle 3, appContext, playing)",
+                "bundle_add_byte(bundle 3, requestId, 8)",
+                "dlog_print(_norixClientAppId : com.valtren.tizen.norix)",
+                "dlog_print(App Context:)", "dlog_print(playing)", "app_get_id()",
+                "dlog_print(App Id org.example.music)",
+                "rpc_port_parcel_send(parcel 5, callback port of instance-1)",
+                "bundle_free(bundle 3)", "dlog_print([NorixClient <- App] send result: 0)"}));
 }
 
 TEST_F(TheStepsOfAState, OfATimeoutStandInTheirOrder) {
@@ -101,8 +101,7 @@ TEST_F(TheStepsOfAState, AreNotTakenTwiceByAnAnswerInsideAnother) {
 }
 
 TEST_F(TheStepsOfAState, AreNotTakenTwiceByAnAnswerInsideTheTimeout) {
-  isRefusedInside(
-      "dlog_print(App state request execution timed out. Failed to execute action.)");
+  isRefusedInside("dlog_print(App state request execution timed out. Failed to execute action.)");
 
   platform().clock.advance(30);
 

@@ -53,9 +53,8 @@ protected:
   static size_t function() { return std::get<1>(GetParam()); }
 
   void callsAtTheMoment(void *handle) {
-    inside(moment().event, [this, handle] {
-      results.push_back(exportedCalls()[function()].call(handle));
-    });
+    inside(moment().event,
+           [this, handle] { results.push_back(exportedCalls()[function()].call(handle)); });
   }
   void TearDown() override {
     EXPECT_THAT(results, testing::ElementsAre(moment().results.at(function())));
@@ -151,14 +150,14 @@ TEST_P(ACallInsideADeinitialisation, LeavesAUsableLibrary) {
 INSTANTIATE_TEST_SUITE_P(
     , ACallInsideADeinitialisation,
     testing::Combine(
-        testing::Values(
-            Moment{"WhenTheRetriesEnd", "ecore_timer_del(null)", kActionWaits},
-            Moment{"WhenTheWaitEnds", "ecore_timer_del(timer 1)", kActionWaits},
-            Moment{"WhenAConnectionEnds", "dlog_print(Call stub OnTerminate)", kNotInitialised,
-                   true},
-            Moment{"WhenTheStubIsDestroyed", "rpc_port_stub_destroy(stub 1)", kNotInitialised,
-                   true},
-            Moment{"AtItsEnd", "dlog_print(NorixImpl is deinitialized)", kNotInitialised}),
+        testing::Values(Moment{"WhenTheRetriesEnd", "ecore_timer_del(null)", kActionWaits},
+                        Moment{"WhenTheWaitEnds", "ecore_timer_del(timer 1)", kActionWaits},
+                        Moment{"WhenAConnectionEnds", "dlog_print(Call stub OnTerminate)",
+                               kNotInitialised, true},
+                        Moment{"WhenTheStubIsDestroyed", "rpc_port_stub_destroy(stub 1)",
+                               kNotInitialised, true},
+                        Moment{"AtItsEnd", "dlog_print(NorixImpl is deinitialized)",
+                               kNotInitialised}),
         testing::Range<size_t>(0, 9)),
     nameOf);
 
