@@ -55,6 +55,18 @@ LogLine takenApart(log_priority priority, const char *tag, const char *format, v
   return line;
 }
 
+// What every line of the library has to have, whatever it says.
+bool isInForm(const LogLine &line) {
+  const bool isPlaced = line.priority == DLOG_ERROR && !line.function.empty() && line.line > 0
+                        && line.file.find('/') == std::string::npos;
+  if (line.tag == "RPC_PORT_STUB") {
+    return isPlaced && line.file == "message.cpp"
+           && line.format.compare(0, kStubHead.size(), kStubHead) == 0;
+  }
+  return isPlaced && line.tag == "NORIX-APPSDK" && line.prefix == "v1.0-beta.1.4_tz6.5_211014 : "
+         && line.format.compare(0, kLibraryHead.size(), kLibraryHead) == 0;
+}
+
 } // namespace
 } // namespace fake
 
@@ -64,6 +76,9 @@ extern "C" int dlog_print(log_priority prio, const char *tag, const char *fmt, .
   va_start(arguments, fmt);
   fake::LogLine line = fake::takenApart(prio, tag, fmt, arguments);
   va_end(arguments);
+  if (outside.leftLibrary() && !fake::isInForm(line)) {
+    fake::platform().misuses.push_back("dlog_print with a line out of form: " + line.text);
+  }
 
   const int size = static_cast<int>(line.text.size());
   std::optional<int> failure;

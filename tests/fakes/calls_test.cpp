@@ -49,8 +49,7 @@ TEST_F(AFakeCall, RunsWhatATestWantsInsideTheNextOneAlone) {
 
 TEST_F(AFakeCall, RunsWhatATestWantsInsideTheOneWithTheseArguments) {
   std::vector<std::string> seen;
-  inside("bundle_free(bundle 2)",
-         [&seen] { seen = platform().journal.of({"bundle_free"}); });
+  inside("bundle_free(bundle 2)", [&seen] { seen = platform().journal.of({"bundle_free"}); });
   bundle *first = bundle_create();
   bundle *second = bundle_create();
   bundle *third = bundle_create();
@@ -129,8 +128,7 @@ TEST_F(ADescription, NamesPortsByTheirInstance) {
 
 TEST_F(ADescription, CutsALongText) {
   EXPECT_EQ(fake::describe(std::string(200, 'x').c_str()), std::string(200, 'x'));
-  EXPECT_EQ(fake::describe(std::string(201, 'x').c_str()),
-            std::string(200, 'x') + "… (201 bytes)");
+  EXPECT_EQ(fake::describe(std::string(201, 'x').c_str()), std::string(200, 'x') + "… (201 bytes)");
   EXPECT_EQ(fake::describe(static_cast<const char *>(nullptr)), "null");
 }
 

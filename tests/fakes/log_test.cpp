@@ -37,9 +37,32 @@ TEST_F(TheFakeLog, TakesALineOfTheStubApart) {
 TEST_F(TheFakeLog, KeepsTheWholeOfALongText) {
   const std::string longText(1 << 20, 'x');
 
-  library([&longText] { return dlog_print(DLOG_ERROR, "tag", "%s", longText.c_str()); });
+  dlog_print(DLOG_ERROR, "tag", "%s", longText.c_str());
 
   EXPECT_EQ(platform().log.last().text, longText);
+}
+
+TEST_F(TheFakeLog, IsMisusedWithALineOutOfForm) {
+  library([] {
+    dlog_print(DLOG_WARN, "NORIX-APPSDK", "%s %s %s(%d): priority",
+               "v1.0-beta.1.4_tz6.5_211014 : ", "file.cpp", "function", 1);
+    dlog_print(DLOG_ERROR, "NORIX-APPSDK", "%s %s %s(%d): version", "v1.0", "file.cpp", "function",
+               1);
+    dlog_print(DLOG_ERROR, "NORIX-APPSDK", "%s %s %s(%d): file",
+               "v1.0-beta.1.4_tz6.5_211014 : ", "src/file.cpp", "function", 1);
+    dlog_print(DLOG_ERROR, "NORIX-APPSDK", "head");
+    dlog_print(DLOG_ERROR, "OTHER", "%s %s %s(%d): tag",
+               "v1.0-beta.1.4_tz6.5_211014 : ", "file.cpp", "function", 1);
+    dlog_print(DLOG_ERROR, "RPC_PORT_STUB", "%s: %s(%d) > stub", "other.cpp", "function", 1);
+  });
+
+  EXPECT_THAT(platform().misuses, fake::TextsAre({"dlog_print with a line out of form: priority",
+                                                  "dlog_print with a line out of form: version",
+                                                  "dlog_print with a line out of form: file",
+                                                  "dlog_print with a line out of form: head",
+                                                  "dlog_print with a line out of form: tag",
+                                                  "dlog_print with a line out of form: stub"}));
+  platform().misuses.clear();
 }
 
 // The matchers stand for many assertions: each part has to count.

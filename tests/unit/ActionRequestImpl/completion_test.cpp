@@ -153,6 +153,38 @@ TEST_F(AnActionResult, ToAnOlderRequestIsDiscardedWithItsEntry) {
   EXPECT_EQ(platform().clock.alive().size(), 1U);
 }
 
+TEST_F(AnActionResult, ToAnOlderRequestIsDiscardedAlsoWhenNothingWaits) {
+  platform().faults.fail("bundle_create");
+  app.answersAction("lost"); // ends the wait and keeps the entry
+  common()._requestId = 43;
+  forgetCalls();
+
+  EXPECT_EQ(app.answersAction("done"), NORIX_ERROR_NONE);
+
+  EXPECT_THAT(log(), TextsAre({"Discarding response recieved for old requestId 42"}));
+  EXPECT_THAT(common()._actionHandlerMap, IsEmpty());
+}
+
+TEST_F(AnActionResult, ToAnOlderRequestIsLoggedWhileItsEntryIsThere) {
+  size_t entries = 0;
+  common()._requestId = 43;
+  inside("dlog_print(Discarding response recieved for old requestId 42)",
+         [&entries] { entries = common()._actionHandlerMap.size(); });
+
+  app.answersAction("done");
+
+  EXPECT_EQ(entries, 1U);
+}
+
+TEST_F(AnActionResult, TakesAClientWithAnEmptyId) {
+  common()._norixClientAppId.clear();
+
+  EXPECT_EQ(app.answersAction("done"), NORIX_ERROR_OPERATION_FAILED);
+
+  EXPECT_EQ(log()[0], "_norixClientAppId : ");
+  EXPECT_EQ(log()[4], "response error: InvalidCallbackException");
+}
+
 TEST_F(AnActionResult, NamesAnOlderRequestIdOfAllSixtyFourBits) {
   common()._actionHandlerMap[2].second = ~0ULL;
 
@@ -202,6 +234,7 @@ TEST_F(AnActionResult, IsLateAfterItWasLost) {
   EXPECT_EQ(app.answersAction("done"), NORIX_ERROR_OPERATION_FAILED);
 
   EXPECT_THAT(log(), TextsAre({"Action Execution result recieved after timeout, discarding"}));
+  EXPECT_THAT(calls({"ecore_timer_del", "bundle_create"}), IsEmpty());
 }
 
 TEST_F(AnActionResult, SaysSuccessAlsoWhenItCouldNotBeDelivered) {

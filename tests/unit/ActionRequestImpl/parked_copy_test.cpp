@@ -83,6 +83,9 @@ TEST_F(AParkedCopy, NeedsATarget) {
 
   EXPECT_THAT(logLines(),
               LinesAre({IsLine("ActionRequestImpl.cpp", "_bundleDataCb", "Bundle data is null")}));
+  EXPECT_THAT(calls({"bundle_keyval_type_is_array", "bundle_keyval_get_type",
+                     "bundle_keyval_get_basic_val", "bundle_add_str"}),
+              testing::IsEmpty());
   bundle_free(request);
 }
 

@@ -86,6 +86,7 @@ TEST_F(AStateAnswer, IsLateWhenItIsTheSecond) {
   EXPECT_THAT(
       logLines(),
       LinesAre({IsLine(kFile, kFunction, "App State result recieved after timeout, discarding")}));
+  EXPECT_THAT(calls({"ecore_timer_del", "bundle_create"}), IsEmpty());
   EXPECT_EQ(assistant.callbacks().size(), 1U);
 }
 
@@ -149,6 +150,16 @@ TEST_F(AStateAnswer, ToAnOlderRequestIsDroppedWithoutAWord) {
   EXPECT_EQ(common()._actionHandlerMap.count(2), 1U);
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   expectLeft(DeliberateLeak::StateTimer);
+}
+
+TEST_F(AStateAnswer, ToAnOlderRequestIsDroppedAlsoWhenNothingWaits) {
+  app.answersState("playing"); // ends the wait and keeps the entry
+  common()._requestId = 43;
+  forgetCalls();
+
+  EXPECT_EQ(app.answersState("again"), NORIX_ERROR_NONE);
+
+  EXPECT_THAT(log(), IsEmpty());
 }
 
 TEST_F(AStateAnswer, ToAReplacedRequestIsDroppedWithoutAnError) {

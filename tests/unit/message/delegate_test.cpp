@@ -61,6 +61,16 @@ TEST_F(ADelegate, ForResponsesHasIdOneAndMayBeInvokedAgain) {
   EXPECT_FALSE(delegate.IsOnce());
 }
 
+TEST_F(ADelegate, IsDestroyedThroughItsBase) {
+  EXPECT_TRUE(std::has_virtual_destructor_v<Message::CallbackBase>);
+  EXPECT_TRUE((std::is_base_of_v<Message::CallbackBase, Message::ResponseCB>));
+  EXPECT_TRUE(std::has_virtual_destructor_v<Message::ServiceBase>);
+  EXPECT_TRUE(std::is_abstract_v<Message::ServiceBase>);
+  // A factory is not: whoever shares one shares the concrete one.
+  EXPECT_FALSE(std::has_virtual_destructor_v<Message::ServiceBase::Factory>);
+  EXPECT_TRUE(std::is_abstract_v<Message::ServiceBase::Factory>);
+}
+
 TEST_F(ADelegate, IsReadAndWrittenAsThreeFields) {
   const fake::Parcel fields = {Int32{-7}, Int32{2147483647}, Bool{true}};
   const Message::CallbackBase delegate = read(fields);
