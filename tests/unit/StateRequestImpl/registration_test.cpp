@@ -106,6 +106,25 @@ TEST_F(TheStateCallback, IsTakenAwayByANullCallback) {
   EXPECT_THAT(called, IsEmpty());
 }
 
+TEST_F(TheStateCallback, IsThereWhenItIsSaidToBeSet) {
+  inside("dlog_print(App State Request cb has been set)", [this] { request(); });
+
+  set(noteCall, &one);
+
+  EXPECT_THAT(called, ElementsAre(1));
+}
+
+TEST_F(TheStateCallback, IsGoneWhenItIsSaidToBeUnset) {
+  set(noteCall, &one);
+  inside("dlog_print(App State Request Cb has been unset)", [this] { request(); });
+
+  unset();
+
+  EXPECT_THAT(called, IsEmpty());
+  EXPECT_THAT(assistant.responses(),
+              ResponsesAre({fake::stateFailure("App state request callback not registered", 1)}));
+}
+
 TEST_F(TheStateCallback, NeedsMemory) {
   platform().faults.fail(fake::kNothrowNew);
 
