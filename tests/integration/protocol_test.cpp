@@ -6,12 +6,16 @@
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/Named.h"
 #include "integration/harness/TestApplication.h"
+#include "integration/harness/wire.h"
+
+#include <rpc-port-parcel.h>
 
 #include <limits>
 
 namespace integration {
 namespace {
 
+using norix::assistant::actionRequest;
 using norix::assistant::Failure;
 using norix::assistant::Parcel;
 using norix::assistant::Session;
@@ -58,6 +62,77 @@ TEST_F(AnEmptyMessage, LeavesOtherConnectionsAlone) {
   Parcel().send(hostile.client().mainPort());
 
   EXPECT_TRUE(other.ask(stateRequest(), kBound).response.isState());
+}
+
+// What stands where the request's bundle should, as a parcel lays it out: a length, and bytes.
+using Garbage = Named<const char *>;
+
+class ARequestBundle : public IntegrationTest {
+protected:
+  void SetUp() override {
+    application.setState();
+    application.setAction("play");
+    application.answerAtOnce("well");
+  }
+
+  // The application sees the next request, and has seen none before it.
+  void expectNextIsTheFirstToBeServed() {
+    EXPECT_EQ(session.ask(stateRequest(), kBound).response.text(), "well");
+    EXPECT_EQ(application.awaitRequest().kind, "state");
+  }
+
+  // A Send whose bundle is these bytes, with their length before them.
+  void sendRequest(const std::string &field) {
+    constexpr int kSend = 4;
+    const std::string raw = rpc_test::parcel(rpc_test::bytes(kSend) + field);
+    rpc_port_parcel_h parcel = nullptr;
+    ASSERT_EQ(
+        rpc_port_parcel_create_from_raw(&parcel, raw.data(), static_cast<unsigned>(raw.size())),
+        RPC_PORT_ERROR_NONE);
+    EXPECT_EQ(rpc_port_parcel_send(parcel, session.client().mainPort()), RPC_PORT_ERROR_NONE);
+    rpc_port_parcel_destroy(parcel);
+  }
+
+  TestApplication application{runtime};
+  Session session{application.id()};
+};
+
+class AGarbledRequest : public ARequestBundle, public testing::WithParamInterface<Garbage> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    , AGarbledRequest,
+    testing::Values(Garbage{"OfNoBytes", "00000000"},
+                    Garbage{"OfNoise", "08000000fedcba9876543210"},
+                    Garbage{"OfFourGibibytes", "ffffffff0000000000"},
+                    Garbage{"ThatClaimsManyKeys", "0c000000ffffff7f0104000002000000"},
+                    Garbage{"WithGarbageBehindNoKeys", "0800000000000000deadbeef"}));
+
+std::string bytesFrom(const std::string &hexadecimal) {
+  std::string bytes;
+  for (size_t at = 0; at < hexadecimal.size(); at += 2)
+    bytes += static_cast<char>(std::stoi(hexadecimal.substr(at, 2), nullptr, 16));
+  return bytes;
+}
+
+std::string withLength(const std::string &bytes) {
+  return rpc_test::bytes(static_cast<std::uint32_t>(bytes.size())) + bytes;
+}
+
+TEST_P(AGarbledRequest, IsDroppedAndTheNextIsServed) {
+  sendRequest(bytesFrom(GetParam().value));
+
+  expectNextIsTheFirstToBeServed();
+}
+
+TEST_F(ARequestBundle, CutAnywhereOrWithGarbageBehindItIsDroppedAndTheNextIsServed) {
+  constexpr size_t kBeforeTheBundle = 8 + 24 + 4 + 4; // Prefix, header, message id, length.
+  const std::string bundle = requestFrame(actionRequest("play")).substr(kBeforeTheBundle);
+
+  for (size_t cut = 0; cut < bundle.size(); ++cut)
+    sendRequest(withLength(bundle.substr(0, cut)));
+  sendRequest(withLength(bundle + "garbage"));
+
+  expectNextIsTheFirstToBeServed();
 }
 
 TEST_F(ARequestMessage, WithoutItsBundleLeavesOtherConnectionsAlone) {
