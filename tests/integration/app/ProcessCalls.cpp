@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "integration/app/ProcessCalls.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -12,6 +13,8 @@
 namespace integration {
 namespace {
 
+constexpr const char *kStay = "stay";
+
 // Until the test is gone, and leaves the input alone: it is the parent's.
 [[noreturn]] void stayUntilTheTestEnds() {
   pollfd input = {STDIN_FILENO, 0, 0};
@@ -19,19 +22,31 @@ namespace {
   _exit(0);
 }
 
-// Forks a child that ends in this way. A child that ends is waited for.
-int forkChild(const std::string &ending) {
-  const pid_t child = fork();
-  if (child != 0) {
-    if (ending != "stay")
-      (void)waitpid(child, nullptr, 0);
-    return child < 0 ? -1 : 0;
-  }
-  if (ending == "stay")
+// What the child does. The end of the pipe that it was given says that it runs.
+[[noreturn]] void live(const std::string &ending, int running) {
+  close(running);
+  if (ending == kStay)
     stayUntilTheTestEnds();
   if (ending == "exit")
     std::exit(0); // NOLINT(concurrency-mt-unsafe): what an application might do.
   _exit(0);
+}
+
+// Forks a child that ends in this way, and waits until it has ended, or runs if it stays.
+int forkChild(const std::string &ending) {
+  std::array<int, 2> running{};
+  if (pipe(running.data()) != 0)
+    return -1;
+  const pid_t child = fork();
+  if (child == 0)
+    live(ending, running[1]);
+  close(running[1]);
+  char none = 0;
+  const bool runs = child > 0 && read(running[0], &none, 1) == 0;
+  close(running[0]);
+  if (runs && ending != kStay)
+    (void)waitpid(child, nullptr, 0);
+  return runs ? 0 : -1;
 }
 
 // What a program that is started inherits.
