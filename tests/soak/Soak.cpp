@@ -32,7 +32,7 @@ constexpr std::chrono::seconds kLongestWelcome{6};
 // What the library leaves behind on purpose grows with strangers whose requests ask for unknown
 // actions, or that are gone before their answer (docs/behaviour.md, "Memory").
 constexpr long kToleranceKiB = 512;
-constexpr unsigned long kStrangersPerKiB = 10;
+constexpr unsigned long kStrangersPerKiB = 50;
 
 std::string folderFor(const std::string &logs) {
   std::filesystem::remove_all(logs);
