@@ -3,11 +3,13 @@
 #include "support/Ends.h"
 #include "support/RawSocket.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sstream>
 #include <unistd.h>
+#include <utility>
 
 namespace rpc_test {
 namespace {
@@ -71,32 +73,49 @@ void openRuntimeToTheGroup(const fs::path &socket) {
 
 class AnObstacle : public Runtime, public testing::WithParamInterface<Obstacle> {
 protected:
-  /// The log is opened with its first line, which is still to come.
   AnObstacle() {
-    setenv("DLOG_FILE", log.c_str(), 1);
     const fs::path folder = fs::path(socketPath(kPort)).parent_path();
     for (const auto &made : {folder.parent_path(), folder}) {
       fs::create_directory(made);
       fs::permissions(made, fs::perms::owner_all);
     }
   }
+};
 
-  std::string logged() const {
+/// Standard error, where the log goes, in a file meanwhile.
+class Log {
+public:
+  explicit Log(std::string path) : _path(std::move(path)), _before(dup(STDERR_FILENO)) {
+    const int file = open(_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    dup2(file, STDERR_FILENO);
+    close(file);
+  }
+  ~Log() {
+    dup2(_before, STDERR_FILENO);
+    close(_before);
+  }
+  Log(const Log &) = delete;
+  Log &operator=(const Log &) = delete;
+
+  std::string text() const {
     std::ostringstream text;
-    text << std::ifstream(log).rdbuf();
+    text << std::ifstream(_path).rdbuf();
     return text.str();
   }
 
-  std::string log = directory() + "/log";
+private:
+  std::string _path;
+  int _before;
 };
 
 TEST_P(AnObstacle, IsNamedInTheLogWithWhatToDo) {
   GetParam().place(socketPath(kPort));
   StubEnd stub;
+  const Log log(directory() + "/log");
 
   EXPECT_EQ(stub.listen(), GetParam().result);
 
-  EXPECT_THAT(logged(), AllOf(HasSubstr(GetParam().where), HasSubstr(GetParam().remedy)));
+  EXPECT_THAT(log.text(), AllOf(HasSubstr(GetParam().where), HasSubstr(GetParam().remedy)));
 }
 
 TEST_P(AnObstacle, IsLeftAsItIs) {

@@ -145,13 +145,16 @@ TEST_F(APeerThatDoesNotRead, DoesNotKeepAStubFromBeingDestroyed) {
 }
 
 TEST_F(APeerThatDoesNotRead, IsNoLongerHeldInMemoryAfterItsEnd) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the sanitizer's allocator does not tell what is held";
-#endif
   const auto heldBytes = [] {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
   };
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer's allocator does not tell what is held";
+#endif
+  if (heldBytes() == 0) {
+    GTEST_SKIP() << "valgrind's allocator does not tell what is held";
+  }
   const rpc_port_h port = proxy.port(RPC_PORT_PORT_MAIN);
   const std::string text(std::size_t{1} << 10, 'x');
   const std::size_t before = heldBytes();
