@@ -110,6 +110,13 @@ TEST_F(AnActionResult, ChecksTheClientBeforeTheHandle) {
   EXPECT_EQ(norix_complete_action_execution(nullptr, "done"), NORIX_ERROR_OPERATION_FAILED);
 }
 
+TEST_F(AnActionResult, ReadsNoHandleWithoutAClient) {
+  const fake::NoClient noClient;
+
+  EXPECT_EQ(norix_complete_action_execution(reinterpret_cast<void *>(1), "done"),
+            NORIX_ERROR_OPERATION_FAILED);
+}
+
 TEST_F(AnActionResult, NeedsAHandle) {
   EXPECT_EQ(norix_complete_action_execution(nullptr, "done"), NORIX_ERROR_INVALID_PARAMETER);
 

@@ -116,6 +116,14 @@ TEST_F(AStateAnswer, NeedsAClient) {
   expectLeft(DeliberateLeak::StateTimer);
 }
 
+TEST_F(AStateAnswer, ReadsNoHandleWithoutAClient) {
+  const fake::NoClient noClient;
+
+  EXPECT_EQ(norix_complete_app_state_request(reinterpret_cast<void *>(1), "playing"),
+            NORIX_ERROR_OPERATION_FAILED);
+  expectLeft(DeliberateLeak::StateTimer);
+}
+
 TEST_F(AStateAnswer, TakesAClientWithAnEmptyId) {
   common()._norixClientAppId.clear();
 

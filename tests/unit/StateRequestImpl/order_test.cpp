@@ -91,6 +91,19 @@ TEST_F(TheStepsOfAState, OfARefusalStandInTheirOrder) {
                 "bundle_free(bundle 4)", "bundle_free(bundle 3)"}));
 }
 
+TEST_F(TheStepsOfAState, OfAnAnswerWithoutAnAppIdStandInTheirOrder) {
+  platform().application.id.reset();
+
+  app.answersState("playing");
+
+  EXPECT_THAT(calls({"app_get_id", "dlog_print", "bundle_free"}),
+              TextsAre({"dlog_print(App result:)",
+                        "dlog_print(_norixClientAppId : com.valtren.tizen.norix)",
+                        "dlog_print(App Context:)", "dlog_print(playing)", "app_get_id()",
+                        "dlog_print(App Id is null)", "bundle_free(bundle 3)",
+                        "dlog_print([NorixClient <- App] send result: -1073741825)"}));
+}
+
 TEST_F(TheStepsOfAState, AreNotTakenTwiceByAnAnswerInsideAnother) {
   isRefusedInside("dlog_print(App result:)");
 
