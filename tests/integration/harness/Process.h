@@ -63,6 +63,8 @@ public:
 
 private:
   bool readMore(double seconds);
+  // Whether it ends before the bound passes.
+  bool ends(double seconds) const;
 
   std::string _name;
   FileDescriptor _input;
