@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <poll.h>
 #include <stdexcept>
@@ -51,12 +52,18 @@ int forkChild(const std::string &ending) {
 
 // What a program that is started inherits.
 int countSocketsOfAProgram() {
-  FILE *output = popen("ls -l /proc/self/fd | grep -c socket:", "re");
-  int sockets = -1;
-  if (output == nullptr || std::fscanf(output, "%d", &sockets) != 1)
-    throw std::runtime_error("cannot count sockets");
+  FILE *output = popen("ls -l /proc/self/fd", "re");
+  if (output == nullptr)
+    throw std::runtime_error("cannot start a program");
+  std::array<char, 1024> line{};
+  int lines = 0;
+  int sockets = 0;
+  while (std::fgets(line.data(), line.size(), output) != nullptr) {
+    ++lines;
+    sockets += std::strstr(line.data(), "socket:") != nullptr ? 1 : 0;
+  }
   pclose(output);
-  return sockets;
+  return lines > 0 ? sockets : -1;
 }
 
 } // namespace
