@@ -15,14 +15,11 @@
 #include <vector>
 
 using platform::finish;
+using platform::kChecksumDigits;
+using platform::kLargestEncodable;
 namespace wire = platform::bundle_wire;
 
 namespace {
-
-constexpr std::size_t kChecksumDigits = 16;
-
-/** The longest wire form whose text, with its NUL, an int can count. */
-constexpr std::size_t kLargestEncodable = (INT_MAX - kChecksumDigits - 1) / 2;
 
 /** FNV-1a. Each step is a bijection: no single wrong byte goes unnoticed. */
 std::uint64_t checksumOf(const unsigned char *bytes, std::size_t size) {

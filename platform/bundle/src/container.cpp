@@ -9,13 +9,8 @@
 using platform::Entry;
 using platform::EntryDeleter;
 using platform::EntryPtr;
-
-namespace {
-
-/** Up to this many keys, looking at each is faster than a tree and needs no memory. */
-constexpr std::size_t kMostUnindexed = 32;
-
-} // namespace
+using platform::kMostUnindexed;
+using platform::kRoom;
 
 bundle_s::~bundle_s() {
   for (Entry *next = nullptr; _first != nullptr; _first = next) {

@@ -41,12 +41,6 @@ public:
 private:
   using Index = std::map<std::string_view, platform::Entry *>;
 
-#ifdef __SANITIZE_ADDRESS__
-  static constexpr std::size_t kRoom = 8; // too small for any: each value is guarded by itself
-#else
-  static constexpr std::size_t kRoom = 512;
-#endif
-
   void *allocate(std::size_t size);
   bool isInRoom(const void *block) const;
   void append(platform::Entry *entry);
@@ -58,7 +52,7 @@ private:
   std::size_t _count = 0;
   std::unique_ptr<Index> _index;
   std::size_t _roomUsed = 0;
-  alignas(8) unsigned char _room[kRoom];
+  alignas(8) unsigned char _room[platform::kRoom];
 };
 
 #endif

@@ -2,6 +2,7 @@
 #ifndef PLATFORM_BUNDLE_ENTRY_H
 #define PLATFORM_BUNDLE_ENTRY_H
 
+#include <bounds.h>
 #include <bundle.h>
 
 #include <cstddef>
@@ -21,9 +22,6 @@ constexpr std::size_t footprint(std::size_t size) {
   constexpr std::size_t kWord = 8;
   return (size + kWord - 1) / kWord * kWord;
 }
-
-/** Beyond it no block can exist; half the address space leaves room to add without overflow. */
-constexpr std::size_t kLargestValue = PTRDIFF_MAX / 2;
 
 } // namespace platform
 

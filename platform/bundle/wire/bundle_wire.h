@@ -2,6 +2,8 @@
 #ifndef PLATFORM_BUNDLE_WIRE_H
 #define PLATFORM_BUNDLE_WIRE_H
 
+#include "bounds.h"
+
 #include <bundle.h>
 
 #include <cstddef>
@@ -22,12 +24,6 @@
  * that a reader can hand them to the bundle where they lie.
  */
 namespace platform::bundle_wire {
-
-/** The longest wire form: bundle_encode() counts in int. */
-constexpr std::size_t kMaxSize = INT32_MAX;
-
-/** The fewest bytes of an array's slot: its size. */
-constexpr std::size_t kMinSlotSize = 4;
 
 /**
  * The size in bytes of the wire form of @a b; a null bundle counts as an empty one, which has 4.

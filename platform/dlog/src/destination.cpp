@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "destination.h"
 
+#include "bounds.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -14,9 +16,6 @@ namespace platform {
 namespace {
 
 constexpr mode_t kFileMode = 0644;
-
-/** How long a line waits for room in a non-blocking descriptor before the rest of it is dropped. */
-constexpr int kPatienceMs = 100;
 
 /**
  * Keeps the SIGPIPE of a write from the application: while this lives the signal is held back in

@@ -2,9 +2,10 @@
 #ifndef PLATFORM_DLOG_LINE_H
 #define PLATFORM_DLOG_LINE_H
 
+#include "bounds.h"
+
 #include <dlog.h>
 
-#include <climits>
 #include <cstdarg>
 #include <cstddef>
 #include <string_view>
@@ -13,12 +14,6 @@ namespace platform {
 
 /** The letters of the priorities, from DLOG_VERBOSE on. */
 constexpr std::string_view kPriorityLetters = "VDIWEFS";
-
-/** What one call writes at most, in bytes: as much as a pipe takes without mixing two writers. */
-constexpr std::size_t kMaxLine = PIPE_BUF;
-
-/** What is shown of a tag at most, in bytes. */
-constexpr int kMaxTag = 128;
 
 /**
  * What one call logs: dlogutil's brief form with the time before it,
