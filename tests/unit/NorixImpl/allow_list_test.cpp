@@ -84,6 +84,20 @@ TEST_F(TheAllowList, AllowsWhoeverItNames) {
   allowListIs("org.example.other\ncom.valtren.tizen.norix\n");
 
   EXPECT_TRUE(serves(assistant));
+  EXPECT_THAT(log(), testing::Not(Contains(kRefused)));
+}
+
+TEST_F(TheAllowList, IsOpenedAfterItWasNamed) {
+  allowListIs("com.valtren.tizen.norix\n");
+  inside(std::string("dlog_print(res_path : ") + NORIX_PROXY_ALLOW_APPID_LIST_PATH
+             + "allow_list.dat)",
+         [this] {
+           std::filesystem::remove(std::string(NORIX_PROXY_ALLOW_APPID_LIST_PATH)
+                                   + NORIX_PROXY_ALLOW_APPID_LIST_FILE_NAME);
+           allowListIs("org.example.other\n");
+         });
+
+  EXPECT_FALSE(serves(assistant));
 }
 
 TEST_F(TheAllowList, RefusesTheRegistrationOfOthers) {
