@@ -76,15 +76,13 @@ int app_info_foreach_metadata(app_info_h app_info, app_info_metadata_cb callback
     platform().misuses.emplace_back("app_info_foreach_metadata with an app info not alive");
     return APP_MANAGER_ERROR_INVALID_PARAMETER;
   }
-  if (call.failure()) {
-    return *call.failure();
-  }
   for (const auto &[key, value] : platform().application.metadata) {
     const fake::InsideLibrary inside;
     if (!callback(key.c_str(), value.c_str(), user_data)) {
       break;
     }
   }
-  return APP_MANAGER_ERROR_NONE;
+  // A failure comes last: it takes nothing back of what was handed out.
+  return call.failure().value_or(APP_MANAGER_ERROR_NONE);
 }
 }

@@ -8,6 +8,8 @@
 
 #include <norix.h>
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <iterator>
 #include <ostream>
@@ -85,6 +87,18 @@ TEST_F(TheAllowList, AllowsWhoeverItNames) {
 
   EXPECT_TRUE(serves(assistant));
   EXPECT_THAT(log(), testing::Not(Contains(kRefused)));
+}
+
+TEST_F(TheAllowList, CountsAlsoWithoutAStandardInput) {
+  allowListIs("org.example.other\n");
+  const int standardInput = dup(STDIN_FILENO);
+  close(STDIN_FILENO); // The next file to be opened is number 0.
+
+  const bool isServed = serves(assistant);
+
+  dup2(standardInput, STDIN_FILENO);
+  close(standardInput);
+  EXPECT_FALSE(isServed);
 }
 
 TEST_F(TheAllowList, IsOpenedAfterItWasNamed) {

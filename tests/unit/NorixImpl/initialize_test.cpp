@@ -248,6 +248,27 @@ TEST_P(AMissingObject, FailsTheInitialisation) {
   EXPECT_TRUE(platform().ports.stub()->listening);
 }
 
+TEST_P(AMissingObject, EndsTheInitialisationBeforeTheNextOneIsMade) {
+  platform().faults.fail(kNothrowNew, GetParam().nthAllocation);
+  app.initialises();
+
+  EXPECT_EQ(calls({kNothrowNew}).size(), static_cast<std::size_t>(GetParam().nthAllocation));
+}
+
+TEST_P(AMissingObject, IsNamedBeforeThoseThatAreMissingBehindIt) {
+  platform().faults.fail(kNothrowNew, GetParam().nthAllocation);
+  app.initialises();
+  assistant.isReady();
+  platform().faults.failAlways(kNothrowNew);
+  forgetCalls();
+
+  assistant.asksForState(1);
+
+  EXPECT_EQ(log().back(), text());
+  EXPECT_THAT(log(), testing::Contains(testing::EndsWith("instance is null")).Times(1));
+  assistant.disconnects();
+}
+
 TEST_P(AMissingObject, FailsEveryLaterInitialisationWithAnotherStub) {
   platform().faults.fail(kNothrowNew, GetParam().nthAllocation);
   app.initialises();

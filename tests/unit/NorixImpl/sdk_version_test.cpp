@@ -95,6 +95,7 @@ TEST_F(TheSdkVersion, CountsAsSupportedWhenTheAppInfoCannotBeMade) {
 }
 
 TEST_F(TheSdkVersion, CountsAsSupportedWhenTheMetadataCannotBeRead) {
+  platform().application.metadata.clear();
   platform().faults.fail("app_info_foreach_metadata", 1, APP_MANAGER_ERROR_IO_ERROR);
   (void)norix_deinitialize();
 
@@ -102,6 +103,14 @@ TEST_F(TheSdkVersion, CountsAsSupportedWhenTheMetadataCannotBeRead) {
                                     "app_info_foreach_metadata failed ERROR[%d]",
                                     "app_info_foreach_metadata failed ERROR[-5]"));
   EXPECT_EQ(platform().journal.count("app_info_destroy"), 1);
+  EXPECT_EQ(app.initialises(), NORIX_ERROR_NONE);
+}
+
+// The fixture finds a version that is left.
+TEST_F(TheSdkVersion, IsReleasedAndDoesNotCountWhenTheMetadataBreaksOffBehindIt) {
+  platform().application.metadata = {{kKey, "1.0-alpha"}};
+  platform().faults.fail("app_info_foreach_metadata", 1, APP_MANAGER_ERROR_IO_ERROR);
+
   EXPECT_EQ(app.initialises(), NORIX_ERROR_NONE);
 }
 

@@ -94,6 +94,16 @@ TEST_F(AResponseDelegate, MayBeInvokedOnceWhenItSaysSo) {
   EXPECT_EQ(assistant.callbacks().size(), 1U);
 }
 
+TEST_F(AResponseDelegate, MakesNoParcelWhenItIsSpent) {
+  registers({1, 7, true});
+  invoke("one");
+  forgetCalls();
+
+  EXPECT_THROW(invoke("two"), InvalidCallbackException);
+
+  EXPECT_THAT(calls({"rpc_port_parcel_create"}), testing::IsEmpty());
+}
+
 TEST_F(AResponseDelegate, IsSpentAlsoWhenTheSendFailed) {
   registers({1, 7, true});
   platform().faults.fail("rpc_port_parcel_send");
