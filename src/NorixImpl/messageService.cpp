@@ -21,7 +21,7 @@ constexpr int kDone = 0;
 constexpr int kRefused = -1;
 
 // Null for a list that cannot be opened. That is found out before a stream is made: hardly any
-// device has the list, every request asks for it, and a stream costs more than the rest of the road.
+// device has the list, every request asks for it, and a stream costs as much as all the rest.
 std::unique_ptr<std::istream> openList(const std::string &path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) {
