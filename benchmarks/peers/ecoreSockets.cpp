@@ -99,16 +99,15 @@ private:
   Samples::Clock::time_point _start;
 };
 
-using Answer = std::vector<char>;
-
 /** Kept from one answer to the next: the quickest that memory can be. */
-Answer bundleValue;
+std::string bundleValue;
 
 /**
  * What a request has to do besides, whoever wrote the library: see to its timeout and to who may
- * ask, take the answer over as a text, and copy it into a bundle.
+ * ask, take the answer over as a text, and copy it into a bundle. Both take a C text, whose length
+ * has to be found.
  */
-const Answer &doDuties(const Answer &answer) {
+const std::string &doDuties(const std::string &answer) {
   constexpr double kTimeout = 30.0;
   const auto cancel = [](void * /*data*/) { return Eina_Bool{ECORE_CALLBACK_CANCEL}; };
   Ecore_Timer *const timer = ecore_timer_add(kTimeout, cancel, nullptr);
@@ -117,26 +116,26 @@ const Answer &doDuties(const Answer &answer) {
     close(list);
   }
   ecore_timer_del(timer);
-  const std::string text(answer.data(), answer.size());
-  bundleValue.assign(text.begin(), text.end());
+  const std::string text(answer.c_str());
+  bundleValue.assign(text.c_str());
   return bundleValue;
 }
 
-using Duties = std::function<const Answer &(const Answer &)>;
+using Duties = std::function<const std::string &(const std::string &)>;
 
 int serveWith(const std::vector<std::string> &arguments, const Duties &duties) {
   const int requests = std::stoi(arguments.at(0));
   const int answers = std::stoi(arguments.at(1));
   const norix::assistant::MainLoop loop;
-  Answer answer;
+  std::string answer;
   const Reader reader(requests, [&] {
     RequestBytes request{};
     if (!receiveAll(requests, request.data(), request.size())) {
       ecore_main_loop_quit();
       return;
     }
-    answer.resize(answerSizeOf(request));
-    const Answer &sent = duties(answer);
+    answer.resize(answerSizeOf(request), 'a');
+    const std::string &sent = duties(answer);
     sendAll(answers, sent.data(), sent.size());
   });
   ecore_main_loop_begin();
@@ -144,7 +143,8 @@ int serveWith(const std::vector<std::string> &arguments, const Duties &duties) {
 }
 
 int serve(const std::vector<std::string> &arguments) {
-  return serveWith(arguments, [](const Answer &answer) -> const Answer & { return answer; });
+  return serveWith(arguments,
+                   [](const std::string &answer) -> const std::string & { return answer; });
 }
 
 int serveWithDuties(const std::vector<std::string> &arguments) {

@@ -27,7 +27,7 @@ the machine and on what else it does; compare the ratios, which were taken withi
 
 *Least possible*: the same ratio for an application that handles its sockets with Ecore and does only what
 every request has to do whoever handles it: add and delete one timer, look for the allow list, take the
-answer over as a text and copy that into a bundle. No library can be quicker here.
+answer, a C text, over as a text of its own and copy that into a bundle. No library can be quicker here.
 
 ## Where the time of an exchange goes
 
