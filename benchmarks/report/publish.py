@@ -35,8 +35,8 @@ As multiples of the bare sockets' time, each what it adds to those before it.
 
 {shares}
 
-Two system calls of Ecore's per turn of the loop, and its timer, are more than the library and the
-platform together. A long answer is copied a third time on its way, for a parcel keeps what was written to
+Ecore's system calls per turn of the loop, and its timer, are more than the library and the platform
+together. A long answer is copied a third time on its way, for a parcel keeps what was written to
 it, whatever happens to the bundle. Why that copy is not saved: [design.md](design.md), *Large messages*.
 
 The system calls of one request in the application, of which strace shows no others:
