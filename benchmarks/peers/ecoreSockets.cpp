@@ -20,7 +20,7 @@ namespace benchmarks {
 namespace {
 
 constexpr const char *kName = "Ecore and two sockets";
-constexpr const char *kWithDutiesName = "Ecore and the duties";
+constexpr const char *kWithDutiesName = "Ecore and the duties"; // LEAST in report/figures.py
 constexpr const char *kBothSidesName = "Ecore on both sides";
 
 /** Watches a socket as long as it lives. */

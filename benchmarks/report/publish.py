@@ -126,7 +126,7 @@ def _missing(roundtrip):
 
 _LAYERS = (("bare sockets", "the bytes, over bare sockets"),
            ("Ecore and two sockets", "Ecore's loop"),
-           ("Ecore and the duties", "a timer, looking for the allow list, two copies of the answer"),
+           (figures.LEAST, "a timer, looking for the allow list, two copies of the answer"),
            ("library", "the library and the platform"))
 
 

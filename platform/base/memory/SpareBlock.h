@@ -2,17 +2,11 @@
 #ifndef PLATFORM_BASE_MEMORY_SPARE_BLOCK_H
 #define PLATFORM_BASE_MEMORY_SPARE_BLOCK_H
 
+#include <addressSanitizer.h>
+
 #include <atomic>
 #include <cstddef>
 #include <new>
-
-#if defined(__SANITIZE_ADDRESS__)
-#define PLATFORM_ADDRESS_SANITIZER
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define PLATFORM_ADDRESS_SANITIZER
-#endif
-#endif
 
 namespace platform {
 
@@ -61,14 +55,8 @@ private:
     std::size_t size;
   };
 
-#ifdef PLATFORM_ADDRESS_SANITIZER
-  static constexpr bool kKeeps = false; // its checks need blocks that are really released
-#else
-  static constexpr bool kKeeps = true;
-#endif
-
   static bool isKept(std::size_t size) {
-    return kKeeps && size >= kSmallest && size <= kLargest;
+    return !kAddressSanitizer && size >= kSmallest && size <= kLargest;
   }
 
   std::atomic<Block *> _block{nullptr};

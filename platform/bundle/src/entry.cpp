@@ -79,16 +79,12 @@ void *allocateBlock(std::size_t size) {
   return block != nullptr ? block : ::operator new(size, std::nothrow);
 }
 
-void releaseBlock(void *block, std::size_t size) {
-  spare.release(block, size);
-}
-
 void EntryDeleter::operator()(Entry *entry) const noexcept {
   if (entry->isArray()) {
     freeElements(*entry);
     freeBlock(entry);
   } else {
-    releaseBlock(entry, basicBlockSize(entry->keyLength, entry->size));
+    spare.release(entry, basicBlockSize(entry->keyLength, entry->size));
   }
 }
 

@@ -62,7 +62,6 @@ using Entry = bundle_keyval_s;
 
 /** A block for an entry or an element, or null. */
 void *allocateBlock(std::size_t size);
-void releaseBlock(void *block, std::size_t size);
 
 /** For entries in a block of their own. */
 struct EntryDeleter {

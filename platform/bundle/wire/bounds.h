@@ -2,6 +2,8 @@
 #ifndef PLATFORM_BUNDLE_BOUNDS_H
 #define PLATFORM_BUNDLE_BOUNDS_H
 
+#include <addressSanitizer.h>
+
 #include <climits>
 #include <cstddef>
 #include <cstdint>
@@ -15,12 +17,11 @@ namespace platform {
 /** Beyond it no block can exist; half the address space leaves room to add without overflow. */
 constexpr std::size_t kLargestValue = PTRDIFF_MAX / 2;
 
-/** What a bundle holds of small values inside itself, in bytes. */
-#ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kRoom = 8; // too small for any: each value is guarded by itself
-#else
-constexpr std::size_t kRoom = 512;
-#endif
+/**
+ * What a bundle holds of small values inside itself, in bytes. Under AddressSanitizer that is too
+ * little for any: each value is then guarded by itself.
+ */
+constexpr std::size_t kRoom = kAddressSanitizer ? 8 : 512;
 
 /** Up to this many keys, looking at each is faster than a tree and needs no memory. */
 constexpr std::size_t kMostUnindexed = 32;
