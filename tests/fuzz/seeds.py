@@ -244,7 +244,8 @@ def use_port(number, how):
 
 CONNECTED = open_(0) + open_(1) + send(0, greet(0)) + send(1, greet(1)) + turn()
 A_REQUEST = a_parcel(i32(4) + sized(bundle(string("actionId", "play"))))
-(READ_PARCEL, READ_BYTES, ANSWER, IGNORE, REFUSE, DISCONNECT, DESTROY, THROW, TURN_LOOP) = range(9)
+(READ_PARCEL, READ_BYTES, ANSWER, IGNORE, REFUSE, DISCONNECT, DESTROY, THROW, TURN_LOOP,
+ CONNECT_AT_ONCE) = range(10)
 
 STUBS = {
     "request-and-end": CONNECTED + send(0, A_REQUEST) + turn() + close(0) + close(1) + turn(),
@@ -259,6 +260,8 @@ STUBS = {
     "destroyed-by-the-handler": react(DESTROY) + CONNECTED + send(0, A_REQUEST) * 2 + turn(),
     "handler-throws": react(THROW) + CONNECTED + send(0, A_REQUEST) * 2 + turn() + turn(),
     "handler-turns-the-loop": react(TURN_LOOP) + CONNECTED + send(0, A_REQUEST) * 3 + turn(),
+    "handler-connects-at-once": react(CONNECT_AT_ONCE) + CONNECTED + open_(2) + send(0, A_REQUEST) * 2
+    + send(2, greet(0, 1)) + turn(),
     "two-connections": CONNECTED + open_(2) + open_(3) + send(2, greet(0, 1)) + send(3, greet(1, 1))
     + turn() + send(2, A_REQUEST) + send(0, A_REQUEST) + turn(),
     "same-port-twice": open_(0) + open_(1) + send(0, greet(0)) + send(1, greet(0)) + turn(),

@@ -54,8 +54,9 @@ public:
     Destroy,
     Throw,
     TurnLoop,
+    ConnectAtOnce,
   };
-  static constexpr std::size_t kReactions = 9;
+  static constexpr std::size_t kReactions = 10;
 
   Application() {
     check(rpc_port_stub_create(&_stub, kPortName) == 0, "a stub can be made");
@@ -148,8 +149,20 @@ private:
     case Reaction::TurnLoop:
       fuzz::turnLoop(2);
       return readParcel(port);
+    case Reaction::ConnectAtOnce:
+      connectAtOnce();
+      return readParcel(port);
     }
     return 0;
+  }
+
+  // To the stub itself, among whoever waits there.
+  static void connectAtOnce() {
+    rpc_port_proxy_h proxy = nullptr;
+    check(rpc_port_proxy_create(&proxy) == 0, "a proxy can be made");
+    check(rpc_port_proxy_connect_sync(proxy, fuzz::kAppId, kPortName) == 0,
+          "a proxy connects to a stub of its process");
+    rpc_port_proxy_destroy(proxy);
   }
 
   static int readParcel(rpc_port_h port) {

@@ -13,8 +13,8 @@
  *    raised there. Creating a stub or a proxy initialises Ecore where the application has not done
  *    so, and destroying it takes that back: in which order an application does these is its choice.
  * 2. Events come from the loop, never from inside a call; the one exception is the connected event
- *    of rpc_port_proxy_connect_sync(). All handlers of an event are called in the order in which
- *    they were added.
+ *    of rpc_port_proxy_connect_sync(), also that of a stub in the same process. All handlers of an
+ *    event are called in the order in which they were added.
  * 3. A handler may do anything: send, disconnect, connect, destroy the stub or proxy that it was
  *    called from, run the loop, throw a C++ exception (which comes out of the loop). Texts that it
  *    is given are lent for the call.
@@ -214,7 +214,8 @@ int rpc_port_proxy_connect(rpc_port_proxy_h h, const char *appid, const char *po
 /**
  * @brief Connects, and waits for the outcome, ten seconds at most.
  * @details The connected event is raised before it returns; a failure is only returned. The loop
- *          does not run meanwhile, so a stub of the same process cannot answer.
+ *          does not run meanwhile. A stub of the same process takes the connection at once, and
+ *          raises its connected event from inside this call as well.
  * @param[in] h     The proxy
  * @param[in] appid The id of the application to connect to: a file name of at most 255 bytes
  * @param[in] port  The name of its port: a file name of at most 80 bytes

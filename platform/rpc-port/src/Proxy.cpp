@@ -35,6 +35,9 @@ int Proxy::connectSync(const std::string &appId, const std::string &portName,
   if (error != RPC_PORT_ERROR_NONE) {
     return error;
   }
+  if (_isDestroyed) {
+    return RPC_PORT_ERROR_IO_ERROR; // By a handler of a stub in this process.
+  }
   connection = establish(*dialer);
   return connection ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_IO_ERROR;
 }

@@ -43,7 +43,7 @@ constexpr std::size_t kMaxTag = 4096;
 constexpr double kSweepSeconds = 2.5;
 /// How long a proxy waits for the stub's welcome, its attempts to connect included.
 constexpr double kWelcomeSeconds = 10.0;
-/// Between two attempts to connect to a stub whose backlog is full.
+/// Between two attempts to connect to a stub whose backlog is full, or that is of this process.
 constexpr double kRetrySeconds = 0.01;
 /// How long a read from a proxy's main port waits for the answer.
 constexpr double kReplySeconds = 10.0;

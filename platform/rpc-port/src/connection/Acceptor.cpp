@@ -4,21 +4,57 @@
 #include "../bounds.h"
 #include "../log.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <sys/socket.h>
 #include <utility>
+#include <vector>
 
 namespace platform::rpc {
 
+namespace {
+
+/// Those of this process. Never destroyed: an application may exit with stubs alive.
+std::vector<Acceptor *> &acceptors() {
+  static auto *const all = new std::vector<Acceptor *>;
+  return *all;
+}
+
+} // namespace
+
 Acceptor::Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby)
-    : _socket(std::move(socket)), _lobby(lobby), _watch(*this), _rest(&Acceptor::onRested, this) {}
+    : _socket(std::move(socket)), _lobby(lobby), _watch(*this), _rest(&Acceptor::onRested, this) {
+  acceptors().push_back(this);
+}
+
+Acceptor::~Acceptor() {
+  acceptors().erase(std::find(acceptors().begin(), acceptors().end(), this));
+}
 
 bool Acceptor::start() {
   return _watch.start(_socket->descriptor(), true, false);
 }
 
+bool Acceptor::serve(const std::string &appId, const std::string &port) {
+  const auto found =
+      std::find_if(acceptors().begin(), acceptors().end(),
+                   [&](const Acceptor *acceptor) { return acceptor->_socket->isOf(appId, port); });
+  if (found == acceptors().end()) {
+    return false;
+  }
+  if (!(*found)->_rest.isRunning()) {
+    (*found)->acceptWaiting();
+  }
+  (*found)->_lobby.receiveHellos(); // The last step: a handler may destroy the stub.
+  return true;
+}
+
 void Acceptor::descriptorReady(FdWatch::Events /*events*/) {
+  acceptWaiting();
+}
+
+void Acceptor::acceptWaiting() {
   for (int i = 0; i < kAcceptsPerTurn && acceptOne(); ++i) {
   }
 }

@@ -8,6 +8,7 @@
 #include "Lobby.h"
 
 #include <memory>
+#include <string>
 
 namespace platform::rpc {
 
@@ -15,12 +16,22 @@ namespace platform::rpc {
 class Acceptor final : private FdWatch::Target {
 public:
   Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby);
+  ~Acceptor();
+  Acceptor(const Acceptor &) = delete;
+  Acceptor &operator=(const Acceptor &) = delete;
 
   bool start();
+
+  /**
+   * @brief Does the loop's work at a port of this process, for a caller that holds the loop up.
+   * @return Whether there is such a port.
+   */
+  static bool serve(const std::string &appId, const std::string &port);
 
 private:
   static void onRested(void *data);
   void descriptorReady(FdWatch::Events events) override;
+  void acceptWaiting();
   bool acceptOne();
 
   std::unique_ptr<ListeningSocket> _socket;

@@ -6,6 +6,7 @@
 #include "../log.h"
 #include "../socket/Names.h"
 #include "../wire/Hello.h"
+#include "Acceptor.h"
 
 #include <algorithm>
 #include <poll.h>
@@ -148,11 +149,13 @@ int Dialer::wait() {
   const Deadline deadline(kWelcomeSeconds);
   attempt();
   while (!isDone() && !deadline.isOver()) {
+    // A stub of this process waits for the loop, which waits for us.
+    const bool isOwn = Acceptor::serve(_peer.application, _peer.portName);
     if (_state == State::Connecting) {
       (void)poll(nullptr, 0, static_cast<int>(kRetrySeconds * 1000));
       attempt();
     } else {
-      waitForWelcome(deadline.secondsLeft());
+      waitForWelcome(isOwn ? kRetrySeconds : deadline.secondsLeft());
     }
   }
   if (!isDone()) {

@@ -53,11 +53,29 @@ void Lobby::close() {
   _guests.clear();
 }
 
+void Lobby::receiveHellos() {
+  const auto self = shared_from_this();
+  std::vector<Channel *> channels;
+  for (const Guest &guest : _guests) {
+    channels.push_back(guest.channel.get());
+  }
+  for (Channel *channel : channels) {
+    // A hello may have made a connection of the guest, or sent it away.
+    const auto guest = find(*channel);
+    if (guest != _guests.end() && !guest->hello) {
+      channelReady(*channel, {true, false, false});
+    }
+  }
+}
+
+Lobby::Guests::iterator Lobby::find(const Channel &channel) {
+  return std::find_if(_guests.begin(), _guests.end(),
+                      [&channel](const Guest &guest) { return guest.channel.get() == &channel; });
+}
+
 void Lobby::channelReady(Channel &channel, FdWatch::Events events) {
   const auto self = shared_from_this();
-  const auto guest = std::find_if(_guests.begin(), _guests.end(), [&channel](const Guest &other) {
-    return other.channel.get() == &channel;
-  });
+  const auto guest = find(channel);
   if (!guest->hello) {
     const bool hasEnded = channel.receive() == Channel::Input::Ended;
     if (!channel.inbox().empty()) {

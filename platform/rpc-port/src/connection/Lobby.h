@@ -35,6 +35,8 @@ public:
   explicit Lobby(Owner &owner, double sweepSeconds = kSweepSeconds);
 
   void add(Descriptor socket);
+  /// Looks at every guest without a hello, as the loop would.
+  void receiveHellos();
   /// Sends everybody away.
   void close();
   std::size_t size() const { return _guests.size(); }
@@ -50,6 +52,7 @@ private:
   using Guests = std::vector<Guest>;
 
   static void onSweep(void *data);
+  Guests::iterator find(const Channel &channel);
   void channelReady(Channel &channel, FdWatch::Events events) override;
   void greet(Guests::iterator guest);
   void findTwin(Guests::iterator guest);

@@ -55,8 +55,9 @@ bool lock(int directory) {
   return false;
 }
 
-int logFailure(const char *what, const std::string &path, int number) {
-  dlog_print(DLOG_ERROR, kLogTag, "%s %s: %s", path.c_str(), what, std::strerror(number));
+int logFailureOf(const std::string &appId, const std::string &port, const char *what, int number) {
+  dlog_print(DLOG_ERROR, kLogTag, "%s/%s %s: %s", appId.c_str(), port.c_str(), what,
+             std::strerror(number));
   return RPC_PORT_ERROR_IO_ERROR;
 }
 
@@ -67,8 +68,9 @@ int toError(int number) {
 
 } // namespace
 
-ListeningSocket::ListeningSocket(Descriptor directory, std::string port)
-    : _directory(std::move(directory)), _port(std::move(port)), _socket(newSocket()) {}
+ListeningSocket::ListeningSocket(Descriptor directory, std::string appId, std::string port)
+    : _directory(std::move(directory)), _appId(std::move(appId)), _port(std::move(port)),
+      _socket(newSocket()) {}
 
 std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string &appId,
                                                        const std::string &port, int &error) {
@@ -77,13 +79,13 @@ std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string &appId,
   if (!directory.descriptor) {
     return nullptr;
   }
-  const std::string path = appId + "/" + port;
-  std::unique_ptr<ListeningSocket> self(new ListeningSocket(std::move(directory.descriptor), port));
+  std::unique_ptr<ListeningSocket> self(
+      new ListeningSocket(std::move(directory.descriptor), appId, port));
   if (!self->_socket) {
-    error = logFailure("gets no socket", path, errno);
+    error = self->logFailure("gets no socket", errno);
     return nullptr;
   }
-  error = self->bindAlone(path);
+  error = self->bindAlone();
   return error == RPC_PORT_ERROR_NONE ? std::move(self) : nullptr;
 }
 
@@ -100,45 +102,54 @@ ListeningSocket::~ListeningSocket() {
   }
 }
 
+/// Not in a forked child, where the socket is closed.
+bool ListeningSocket::isOf(const std::string &appId, const std::string &port) const {
+  return _socket && _appId == appId && _port == port;
+}
+
+int ListeningSocket::logFailure(const char *what, int number) const {
+  return logFailureOf(_appId, _port, what, number);
+}
+
 /// Between finding a stale file and replacing it, no other stub may come to the same conclusion.
-int ListeningSocket::bindAlone(const std::string &path) {
+int ListeningSocket::bindAlone() {
   if (!lock(_directory.get())) {
-    return logFailure("is locked by another process", path, EWOULDBLOCK);
+    return logFailure("is locked by another process", EWOULDBLOCK);
   }
-  int error = removeStale(path);
+  int error = removeStale();
   if (error == RPC_PORT_ERROR_NONE) {
-    error = bindAndListen(path);
+    error = bindAndListen();
   }
   (void)flock(_directory.get(), LOCK_UN);
   return error;
 }
 
-int ListeningSocket::removeStale(const std::string &path) {
+int ListeningSocket::removeStale() {
   struct stat status = {};
   if (fstatat(_directory.get(), _port.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-    return errno == ENOENT ? RPC_PORT_ERROR_NONE : logFailure("cannot be looked at", path, errno);
+    return errno == ENOENT ? RPC_PORT_ERROR_NONE : logFailure("cannot be looked at", errno);
   }
   if (!S_ISSOCK(status.st_mode)) {
-    return logFailure("is in the way and no socket: remove it", path, EEXIST);
+    return logFailure("is in the way and no socket: remove it", EEXIST);
   }
   const Descriptor probe = newSocket();
   if (!probe) {
-    return logFailure("gets no socket", path, errno);
+    return logFailure("gets no socket", errno);
   }
   // EAGAIN, a full backlog, is a sign of life as well.
   if (connectWith(probe.get(), _directory.get(), _port) == 0 || errno != ECONNREFUSED) {
-    return logFailure("is listened on already: end the other process", path, EADDRINUSE);
+    return logFailure("is listened on already: end the other process", EADDRINUSE);
   }
   if (unlinkat(_directory.get(), _port.c_str(), 0) != 0 && errno != ENOENT) {
-    return logFailure("cannot be replaced", path, errno);
+    return logFailure("cannot be replaced", errno);
   }
   return RPC_PORT_ERROR_NONE;
 }
 
-int ListeningSocket::bindAndListen(const std::string &path) {
+int ListeningSocket::bindAndListen() {
   const sockaddr_un address = addressOf(_directory.get(), _port);
   if (bind(_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-    return logFailure("cannot be bound", path, errno);
+    return logFailure("cannot be bound", errno);
   }
   struct stat status = {};
   if (fstatat(_directory.get(), _port.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
@@ -146,7 +157,7 @@ int ListeningSocket::bindAndListen(const std::string &path) {
     _inode = status.st_ino;
   }
   if (listen(_socket.get(), SOMAXCONN) != 0) {
-    return logFailure("cannot be listened on", path, errno);
+    return logFailure("cannot be listened on", errno);
   }
   return RPC_PORT_ERROR_NONE;
 }
@@ -167,7 +178,7 @@ ConnectedSocket connectToPort(const std::string &appId, const std::string &port)
   }
   Descriptor socket = newSocket();
   if (!socket) {
-    return failed(logFailure("gets no socket", appId + "/" + port, errno));
+    return failed(logFailureOf(appId, port, "gets no socket", errno));
   }
   if (connectWith(socket.get(), directory.descriptor.get(), port) == 0) {
     return {ConnectOutcome::Connected, std::move(socket), RPC_PORT_ERROR_NONE};

@@ -24,14 +24,17 @@ public:
   ListeningSocket &operator=(const ListeningSocket &) = delete;
 
   int descriptor() const { return _socket.get(); }
+  bool isOf(const std::string &appId, const std::string &port) const;
 
 private:
-  ListeningSocket(Descriptor directory, std::string port);
-  int bindAlone(const std::string &path);
-  int removeStale(const std::string &path);
-  int bindAndListen(const std::string &path);
+  ListeningSocket(Descriptor directory, std::string appId, std::string port);
+  int bindAlone();
+  int removeStale();
+  int bindAndListen();
+  int logFailure(const char *what, int number) const;
 
   Descriptor _directory;
+  std::string _appId;
   std::string _port;
   Descriptor _socket;
   dev_t _device = 0;

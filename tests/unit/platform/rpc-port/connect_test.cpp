@@ -6,6 +6,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <memory>
+#include <stdexcept>
+#include <vector>
 
 namespace rpc_test {
 namespace {
@@ -278,6 +281,113 @@ TEST_F(ConnectingAtOnce, LetsAnExceptionOfTheHandlerThrough) {
   EXPECT_THROW(rpc_port_proxy_connect_sync(proxy.handle, Program::kAppId, kPort), std::bad_alloc);
 
   EXPECT_NE(proxy.port(RPC_PORT_PORT_MAIN), nullptr);
+}
+
+class ConnectingAtOnceInOneProcess : public Runtime {
+protected:
+  void SetUp() override { ASSERT_EQ(stub.listen(), RPC_PORT_ERROR_NONE); }
+  int connect() { return rpc_port_proxy_connect_sync(proxy.handle, kAppId, kPort); }
+
+  StubEnd stub;
+  ProxyEnd proxy;
+};
+
+TEST_F(ConnectingAtOnceInOneProcess, HasRaisedConnectedOnBothSidesWhenItReturns) {
+  EXPECT_EQ(connect(), RPC_PORT_ERROR_NONE);
+
+  EXPECT_THAT(proxy.mainPorts, ElementsAre(proxy.port(RPC_PORT_PORT_MAIN)));
+  EXPECT_THAT(stub.senders, ElementsAre(kAppId));
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, MakesAConnectionThatCarriesMessagesBothWays) {
+  ASSERT_EQ(connect(), RPC_PORT_ERROR_NONE);
+
+  sendText(proxy.port(RPC_PORT_PORT_MAIN), "there");
+  sendText(stub.port(RPC_PORT_PORT_CALLBACK), "and back");
+
+  EXPECT_TRUE(runUntil([&] { return !stub.texts.empty() && !proxy.texts.empty(); }));
+  EXPECT_THAT(stub.texts, ElementsAre("there"));
+  EXPECT_THAT(proxy.texts, ElementsAre("and back"));
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, SucceedsSeveralTimes) {
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(connect(), RPC_PORT_ERROR_NONE);
+  }
+
+  EXPECT_EQ(stub.instances.size(), 3U);
+  EXPECT_EQ(proxy.mainPorts.size(), 3U);
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, SucceedsBehindMoreThanAreAcceptedPerTurn) {
+  std::vector<std::unique_ptr<ProxyEnd>> others(40);
+  for (auto &other : others) {
+    other = std::make_unique<ProxyEnd>();
+    ASSERT_EQ(other->connect(), RPC_PORT_ERROR_NONE);
+  }
+
+  EXPECT_EQ(connect(), RPC_PORT_ERROR_NONE);
+
+  EXPECT_EQ(stub.instances.size(), 41U);
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, SucceedsFromInsideAHandlerOfTheStub) {
+  ProxyEnd first;
+  int result = -1;
+  stub.onConnected = [&] {
+    if (stub.instances.size() == 1) {
+      result = connect();
+    }
+  };
+  ASSERT_EQ(first.connect(), RPC_PORT_ERROR_NONE);
+
+  EXPECT_TRUE(runUntil([&] { return first.mainPorts.size() == 1; }));
+
+  EXPECT_EQ(result, RPC_PORT_ERROR_NONE);
+  EXPECT_EQ(stub.instances.size(), 2U);
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, FailsAtAPortThatNobodyListensOn) {
+  EXPECT_EQ(rpc_port_proxy_connect_sync(proxy.handle, kAppId, "another"), RPC_PORT_ERROR_IO_ERROR);
+
+  EXPECT_THAT(stub.senders, IsEmpty());
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, EndsWithAStubThatItsHandlerDestroys) {
+  stub.onConnected = [&] { stub.destroy(); };
+
+  EXPECT_EQ(connect(), RPC_PORT_ERROR_NONE); // the welcome was on its way already
+
+  EXPECT_TRUE(runUntil([&] { return proxy.endings == 1; }));
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, FailsWhenAHandlerOfTheStubDestroysTheProxy) {
+  stub.onConnected = [&] { proxy.destroy(); };
+
+  EXPECT_EQ(connect(), RPC_PORT_ERROR_IO_ERROR);
+
+  EXPECT_THAT(proxy.mainPorts, IsEmpty());
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, LetsAnExceptionOfTheStubsHandlerThrough) {
+  stub.onConnected = [] { throw std::runtime_error("no more"); };
+
+  EXPECT_THROW(connect(), std::runtime_error);
+
+  EXPECT_THAT(proxy.mainPorts, IsEmpty());
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
+}
+
+TEST_F(ConnectingAtOnceInOneProcess, LeavesTheOtherConnectionsToTheLoop) {
+  ProxyEnd other;
+  ASSERT_EQ(connect(), RPC_PORT_ERROR_NONE);
+  ASSERT_EQ(other.connect(), RPC_PORT_ERROR_NONE);
+  EXPECT_THAT(other.mainPorts, IsEmpty());
+
+  EXPECT_TRUE(runUntil([&] { return other.mainPorts.size() == 1; }));
+
+  EXPECT_EQ(stub.instances.size(), 2U);
 }
 
 } // namespace
