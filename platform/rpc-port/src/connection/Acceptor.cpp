@@ -43,9 +43,7 @@ bool Acceptor::serve(const std::string &appId, const std::string &port) {
   if (found == acceptors().end()) {
     return false;
   }
-  if (!(*found)->_rest.isRunning()) {
-    (*found)->acceptWaiting();
-  }
+  (*found)->acceptWaiting();
   (*found)->_lobby.receiveHellos(); // The last step: a handler may destroy the stub.
   return true;
 }
@@ -72,11 +70,17 @@ bool Acceptor::acceptOne() {
   if (errno == ECONNABORTED || errno == EINTR) {
     return true;
   }
-  // The socket stays readable: watched on, it would keep the loop busy until a descriptor is free.
+  if (!_rest.isRunning()) {
+    rest();
+  }
+  return false;
+}
+
+/// The socket stays readable: watched on, it would keep the loop busy until a descriptor is free.
+void Acceptor::rest() {
   dlog_print(DLOG_WARN, kLogTag, "accepting rests for a moment: %s", std::strerror(errno));
   _watch.update(false, false);
   _rest.start(kAcceptPauseSeconds);
-  return false;
 }
 
 void Acceptor::onRested(void *data) {

@@ -33,6 +33,7 @@ private:
   void descriptorReady(FdWatch::Events events) override;
   void acceptWaiting();
   bool acceptOne();
+  void rest();
 
   std::unique_ptr<ListeningSocket> _socket;
   Lobby &_lobby;

@@ -94,6 +94,17 @@ TEST_F(RunningOutOfDescriptors, RejectsAProxysConnection) {
   EXPECT_TRUE(runUntil([&] { return proxy.rejections == 1; }));
 }
 
+TEST_F(RunningOutOfDescriptors, KeepsNoProxyOfTheProcessFromConnectingAtOnceWhenItIsOver) {
+  const auto other = RawSocket::connectTo(socketPath(kPort));
+  ProxyEnd proxy;
+  {
+    const DescriptorLimit none(3);
+    settle();
+  }
+
+  EXPECT_EQ(rpc_port_proxy_connect_sync(proxy.handle, kAppId, kPort), RPC_PORT_ERROR_NONE);
+}
+
 class APeerThatDoesNotRead : public ConnectedEnds {};
 
 TEST_F(APeerThatDoesNotRead, IsDisconnectedAtTheBoundAndNotBefore) {
