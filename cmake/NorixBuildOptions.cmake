@@ -17,3 +17,7 @@ target_compile_options(
 
 # pkg-config names more libraries than a target calls; only those called become NEEDED entries.
 target_link_options(norix_build_options INTERFACE -Wl,--as-needed -Wl,-z,relro,-z,now)
+
+# A library that does not name all that it needs would fail to link into applications that happen
+# not to use the missing one. Clang's sanitizers leave their own functions to the program.
+target_link_options(norix_build_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wl,-z,defs>)
