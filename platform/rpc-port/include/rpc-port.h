@@ -25,6 +25,8 @@
  *    stub or proxy that has been destroyed are #RPC_PORT_ERROR_INVALID_PARAMETER. A port whose
  *    connection has ended is #RPC_PORT_ERROR_IO_ERROR. Outputs are written on success only.
  * 6. A port is owned by its connection and dies with it; its handle is then refused for good.
+ * 7. A forked child has none of its parent's ports and hears nothing of them, but can make stubs
+ *    and proxies of its own.
  */
 
 #include <stdbool.h>

@@ -2,9 +2,13 @@
 #include "EcoreUse.h"
 
 #include "../log.h"
+#include "FdWatch.h"
 #include "JobQueue.h"
+#include "Timer.h"
 
 #include <Ecore.h>
+#include <sys/types.h>
+#include <unistd.h>
 
 namespace platform::rpc {
 
@@ -13,16 +17,45 @@ namespace {
 int users = 0;
 bool held = false;
 bool ready = false;
+pid_t process = 0;
+
+/**
+ * What Ecore calls in a forked child that goes on with the loop: the child's copies of the parent's
+ * descriptors are closed, and a loop that went on watching them would never rest.
+ */
+void onForkReset(void * /*data*/) {
+  if (process == getpid()) {
+    return;
+  }
+  process = getpid();
+  FdWatch::stopAll();
+  Timer::stopAll();
+  ready = users > 0 && JobQueue::get().reopen();
+}
+
+bool holdEcore() {
+  // A desktop need not have a system bus, whose absence Ecore reports in some 170 lines.
+  ecore_app_no_system_modules();
+  if (ecore_init() <= 0) {
+    return false;
+  }
+  process = getpid();
+  ecore_fork_reset_callback_add(onForkReset, nullptr);
+  return true;
+}
 
 } // namespace
 
 EcoreUse::EcoreUse() {
-  if (users++ > 0) {
+  const bool isFirst = users++ == 0;
+  held = held || holdEcore();
+  if (held && process != getpid()) {
+    ecore_fork_reset(); // Ecore asks that of every child that uses it, and nobody else may have.
     return;
   }
-  // A desktop need not have a system bus, whose absence Ecore reports in some 170 lines.
-  ecore_app_no_system_modules();
-  held = held || ecore_init() > 0;
+  if (!isFirst) {
+    return;
+  }
   ready = held && JobQueue::get().open();
   if (!ready) {
     dlog_print(DLOG_ERROR, kLogTag, "the main loop is not to be had: no ports without it");
@@ -37,6 +70,7 @@ EcoreUse::~EcoreUse() {
   JobQueue::get().close();
   if (held && ecore_main_loop_nested_get() == 0) {
     held = false;
+    ecore_fork_reset_callback_del(onForkReset, nullptr);
     ecore_shutdown();
   }
 }

@@ -5,6 +5,12 @@
 
 namespace platform::rpc {
 
+namespace {
+
+LinkedList<FdWatch> running;
+
+} // namespace
+
 bool FdWatch::start(int descriptor, bool reading, bool writing) {
   stop();
   _flags = toFlags(reading, writing);
@@ -14,8 +20,10 @@ bool FdWatch::start(int descriptor, bool reading, bool writing) {
     dlog_print(DLOG_ERROR, kLogTag,
                "Ecore does not watch descriptor %d: ports belong to the main loop's thread",
                descriptor);
+    return false;
   }
-  return _handler != nullptr;
+  running.add(*this);
+  return true;
 }
 
 void FdWatch::update(bool reading, bool writing) {
@@ -31,6 +39,13 @@ void FdWatch::stop() {
   if (_handler) {
     ecore_main_fd_handler_del(_handler);
     _handler = nullptr;
+    running.remove(*this);
+  }
+}
+
+void FdWatch::stopAll() {
+  while (FdWatch *watch = running.first()) {
+    watch->stop();
   }
 }
 

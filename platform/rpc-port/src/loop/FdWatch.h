@@ -2,12 +2,14 @@
 #ifndef PLATFORM_RPC_LOOP_FD_WATCH_H
 #define PLATFORM_RPC_LOOP_FD_WATCH_H
 
+#include "../LinkedList.h"
+
 #include <Ecore.h>
 
 namespace platform::rpc {
 
 /// Has a descriptor watched by the Ecore loop, until it is stopped or destroyed.
-class FdWatch {
+class FdWatch : public Linked<FdWatch> {
 public:
   /// What the loop saw. A peer that has gone shows as all three together.
   struct Events {
@@ -36,6 +38,8 @@ public:
   void update(bool reading, bool writing);
   /// To be called before the descriptor is closed.
   void stop();
+  /// Those of the whole process.
+  static void stopAll();
   bool isRunning() const { return _handler != nullptr; }
 
 private:

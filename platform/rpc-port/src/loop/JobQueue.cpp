@@ -38,6 +38,14 @@ void JobQueue::close() {
   _isSignalled = false;
 }
 
+bool JobQueue::reopen() {
+  close();
+  while (!_jobs.empty()) {
+    remove(*_jobs.front());
+  }
+  return open();
+}
+
 void JobQueue::add(Job &job) {
   _jobs.push_back(&job);
   job._isPlanned = true;

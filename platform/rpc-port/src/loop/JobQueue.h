@@ -18,6 +18,8 @@ public:
   /// Joins the loop; Ecore is there. @return Success.
   bool open();
   void close();
+  /// Joins the loop of a forked child, where what its parent has planned is not done.
+  bool reopen();
 
   void add(Job &job);
   void remove(Job &job);

@@ -1,24 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Timer.h"
 
-#include <utility>
-
 namespace platform::rpc {
+
+namespace {
+
+LinkedList<Timer> running;
+
+} // namespace
 
 void Timer::start(double seconds) {
   stop();
   _timer = ecore_timer_add(seconds, &Timer::onExpired, this);
+  if (_timer) {
+    running.add(*this);
+  }
 }
 
 void Timer::stop() {
   if (_timer) {
-    ecore_timer_del(std::exchange(_timer, nullptr));
+    ecore_timer_del(_timer);
+    _timer = nullptr;
+    running.remove(*this);
+  }
+}
+
+void Timer::stopAll() {
+  while (Timer *timer = running.first()) {
+    timer->stop();
   }
 }
 
 Eina_Bool Timer::onExpired(void *data) {
   auto *timer = static_cast<Timer *>(data);
   timer->_timer = nullptr;
+  running.remove(*timer);
   timer->_function(timer->_data);
   return ECORE_CALLBACK_CANCEL;
 }

@@ -2,6 +2,8 @@
 #ifndef PLATFORM_RPC_LOOP_TIMER_H
 #define PLATFORM_RPC_LOOP_TIMER_H
 
+#include "../LinkedList.h"
+
 #include <Ecore.h>
 
 namespace platform::rpc {
@@ -11,7 +13,7 @@ namespace platform::rpc {
  * @details Never calls an application's handler: Ecore goes on for ever with a timer that a C++
  *          exception has passed through. What has to be raised is raised from a Job.
  */
-class Timer {
+class Timer : public Linked<Timer> {
 public:
   /// What is called. It may destroy the timer from inside the call.
   using Function = void (*)(void *data);
@@ -23,6 +25,8 @@ public:
 
   void start(double seconds);
   void stop();
+  /// Those of the whole process.
+  static void stopAll();
   bool isRunning() const { return _timer != nullptr; }
 
 private:

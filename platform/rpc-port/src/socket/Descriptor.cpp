@@ -20,21 +20,8 @@ public:
   /// Held while a number changes hands, so that no fork finds it in neither.
   std::mutex &mutex() { return _mutex; }
 
-  void add(Descriptor &descriptor) {
-    descriptor._next = _first;
-    if (_first) {
-      _first->_previous = &descriptor;
-    }
-    _first = &descriptor;
-  }
-
-  void remove(Descriptor &descriptor) {
-    (descriptor._previous ? descriptor._previous->_next : _first) = descriptor._next;
-    if (descriptor._next) {
-      descriptor._next->_previous = descriptor._previous;
-    }
-    descriptor._previous = descriptor._next = nullptr;
-  }
+  void add(Descriptor &descriptor) { _open.add(descriptor); }
+  void remove(Descriptor &descriptor) { _open.remove(descriptor); }
 
 private:
   DescriptorList() {
@@ -43,16 +30,14 @@ private:
   }
 
   void closeInChild() {
-    for (Descriptor *descriptor = _first; descriptor; descriptor = descriptor->_next) {
-      if (descriptor->_number >= 0) {
-        (void)::close(std::exchange(descriptor->_number, -1));
-      }
+    for (Descriptor *one = _open.first(); one; one = LinkedList<Descriptor>::after(*one)) {
+      one->closeNumber();
     }
     _mutex.unlock();
   }
 
   std::mutex _mutex;
-  Descriptor *_first = nullptr;
+  LinkedList<Descriptor> _open;
 };
 
 Descriptor::Descriptor(int number) : _number(number) {

@@ -2,6 +2,8 @@
 #ifndef PLATFORM_RPC_SOCKET_DESCRIPTOR_H
 #define PLATFORM_RPC_SOCKET_DESCRIPTOR_H
 
+#include "../LinkedList.h"
+
 namespace platform::rpc {
 
 /**
@@ -10,7 +12,7 @@ namespace platform::rpc {
  *          connection would outlive the application for as long as any child of it runs. In the
  *          child, every Descriptor is then empty.
  */
-class Descriptor {
+class Descriptor : public Linked<Descriptor> {
 public:
   Descriptor() : Descriptor(-1) {}
   explicit Descriptor(int number);
@@ -28,8 +30,6 @@ private:
   void closeNumber();
 
   int _number;
-  Descriptor *_previous = nullptr;
-  Descriptor *_next = nullptr;
 };
 
 } // namespace platform::rpc

@@ -33,6 +33,21 @@ private:
   rlimit _before = {};
 };
 
+/// A turn of an idle loop lasts until something happens; a busy loop has thousands meanwhile.
+bool isLoopIdle() {
+  bool isDue = false;
+  int turns = 0;
+  ecore_timer_add(
+      0.05,
+      [](void *data) -> Eina_Bool {
+        *static_cast<bool *>(data) = true;
+        return ECORE_CALLBACK_CANCEL;
+      },
+      &isDue);
+
+  return runUntil([&] { return ++turns > 0 && isDue; }) && turns < 100;
+}
+
 class RunningOutOfDescriptors : public Runtime {
 protected:
   /// UndefinedBehaviorSanitizer needs descriptors the first time that it sees a type.
@@ -68,20 +83,8 @@ TEST_F(RunningOutOfDescriptors, LeavesTheLoopIdle) {
   const auto main = RawSocket::connectTo(socketPath(kPort));
   const DescriptorLimit none(3);
   settle();
-  bool isDue = false;
-  int turns = 0;
-  ecore_timer_add(
-      0.05,
-      [](void *data) -> Eina_Bool {
-        *static_cast<bool *>(data) = true;
-        return ECORE_CALLBACK_CANCEL;
-      },
-      &isDue);
 
-  // A turn of an idle loop lasts until something happens; a busy loop has thousands meanwhile.
-  EXPECT_TRUE(runUntil([&] { return ++turns > 0 && isDue; }));
-
-  EXPECT_LT(turns, 100);
+  EXPECT_TRUE(isLoopIdle());
 }
 
 TEST_F(RunningOutOfDescriptors, RejectsAProxysConnection) {
@@ -316,6 +319,104 @@ TEST_F(AForkedChild, CannotSendOnItsParentsPorts) {
   EXPECT_EQ(status, 0);
   settle();
   EXPECT_THAT(stub.texts, IsEmpty());
+}
+
+class AForkedChildThatGoesOn : public ConnectedEnds {
+protected:
+  /// Forks a child that is to do something, while the parent's loop runs on.
+  /// @return Whether the child has done it.
+  template <typename Action>
+  bool succeedsInChild(Action action) {
+    const pid_t child = fork();
+    if (child == 0) {
+      // Ecore reports descriptors that are closed and still watched: that ends the child.
+      eina_log_abort_on_critical_level_set(EINA_LOG_LEVEL_ERR);
+      eina_log_abort_on_critical_set(EINA_TRUE);
+      _exit(action() ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_TRUE(runUntil([&] { return waitpid(child, &status, WNOHANG) == child; }));
+    return status == 0;
+  }
+
+  static bool isRejected() {
+    ProxyEnd own;
+    own.connect("nobody");
+    return runUntil([&] { return own.rejections == 1; });
+  }
+};
+
+TEST_F(AForkedChildThatGoesOn, ConnectsToItsParent) {
+  EXPECT_TRUE(succeedsInChild([] {
+    ProxyEnd own;
+    own.connect();
+    return runUntil([&] { return own.mainPorts.size() == 1; })
+           && sendText(own.port(RPC_PORT_PORT_MAIN), "from the child") == RPC_PORT_ERROR_NONE;
+  }));
+
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
+  EXPECT_THAT(stub.texts, testing::ElementsAre("from the child"));
+}
+
+TEST_F(AForkedChildThatGoesOn, IsRejectedWhereNobodyListens) {
+  EXPECT_TRUE(succeedsInChild(isRejected));
+}
+
+TEST_F(AForkedChildThatGoesOn, IsRejectedWhenItHasResetEcoreItself) {
+  EXPECT_TRUE(succeedsInChild([] {
+    ecore_fork_reset();
+    return isRejected();
+  }));
+}
+
+TEST_F(AForkedChildThatGoesOn, ListensOnAPortOfItsOwn) {
+  EXPECT_TRUE(succeedsInChild([] {
+    StubEnd ownStub("child");
+    ProxyEnd ownProxy;
+    return ownStub.listen() == RPC_PORT_ERROR_NONE
+           && ownProxy.connect("child") == RPC_PORT_ERROR_NONE
+           && runUntil([&] { return ownStub.instances.size() == 1; });
+  }));
+}
+
+TEST_F(AForkedChildThatGoesOn, TakesNoDescriptorForOneOfItsParentsThatHadItsNumber) {
+  EXPECT_TRUE(succeedsInChild([this] {
+    int ends[2] = {};
+    bool isReadable = pipe(ends) == 0 && write(ends[1], "!", 1) == 1;
+    for (int i = 0; i < 16; ++i) {
+      isReadable = isReadable && dup(ends[0]) >= 0;
+    }
+    return isReadable && isRejected() && isLoopIdle() && stub.ended.empty() && proxy.endings == 0;
+  }));
+}
+
+TEST_F(AForkedChildThatGoesOn, HearsNothingOfItsParentsConnections) {
+  sendText(proxy.port(RPC_PORT_PORT_MAIN), "for the parent");
+  proxy.connect("nobody");
+
+  EXPECT_TRUE(succeedsInChild([this] {
+    return isRejected() && stub.texts.empty() && proxy.endings == 0 && proxy.rejections == 0;
+  }));
+
+  EXPECT_TRUE(runUntil([&] { return stub.texts.size() == 1 && proxy.rejections == 1; }));
+}
+
+TEST_F(AForkedChildThatGoesOn, LeavesItsParentsConnectionAlone) {
+  ASSERT_TRUE(succeedsInChild(isRejected));
+
+  sendText(proxy.port(RPC_PORT_PORT_MAIN), "still there");
+
+  EXPECT_TRUE(runUntil([&] { return stub.texts.size() == 1; }));
+}
+
+class AnEcoreThatIsReset : public ConnectedEnds {};
+
+TEST_F(AnEcoreThatIsReset, WithoutAForkGoesOnAsBefore) {
+  ecore_fork_reset();
+
+  sendText(proxy.port(RPC_PORT_PORT_MAIN), "still there");
+
+  EXPECT_TRUE(runUntil([&] { return stub.texts.size() == 1; }));
 }
 
 class AnExecutedProgram : public ConnectedEnds {};

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a forked child forgets of its parent's loop.
+#include "support/Runtime.h"
+
+#include <Ecore.h>
+#include <gtest/gtest.h>
+#include <loop/EcoreUse.h>
+#include <loop/FdWatch.h>
+#include <loop/Job.h>
+#include <loop/JobQueue.h>
+#include <loop/Timer.h>
+#include <unistd.h>
+
+namespace rpc_test {
+namespace {
+
+using namespace platform::rpc;
+
+class TheLoop : public Runtime {
+protected:
+  static void note(void *data) { ++*static_cast<int *>(data); }
+
+  EcoreUse ecore;
+  int calls = 0;
+};
+
+TEST_F(TheLoop, CallsNoTimerOfThoseThatWereAllStopped) {
+  Timer first(&note, &calls);
+  Timer second(&note, &calls);
+  first.start(0);
+  second.start(0);
+
+  Timer::stopAll();
+  settle();
+
+  EXPECT_FALSE(first.isRunning() || second.isRunning());
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(TheLoop, CallsATimerThatIsStartedAgainAfterAllWereStopped) {
+  Timer timer(&note, &calls);
+  timer.start(0);
+  Timer::stopAll();
+  timer.start(0);
+
+  EXPECT_TRUE(runUntil([this] { return calls == 1; }));
+}
+
+TEST_F(TheLoop, DoesNoJobThatWasPlannedBeforeItWasReopened) {
+  Job before(&note, &calls);
+  before.plan();
+
+  ASSERT_TRUE(JobQueue::get().reopen());
+  settle();
+
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(TheLoop, DoesWhatIsPlannedAfterItWasReopened) {
+  Job job(&note, &calls);
+  job.plan();
+  ASSERT_TRUE(JobQueue::get().reopen());
+  job.plan();
+
+  EXPECT_TRUE(runUntil([this] { return calls == 1; }));
+}
+
+class AWatchedPipe : public TheLoop, private FdWatch::Target {
+protected:
+  void SetUp() override { ASSERT_EQ(pipe(ends), 0); }
+  void TearDown() override {
+    watch.stop();
+    close(ends[0]);
+    close(ends[1]);
+  }
+
+  int ends[2] = {-1, -1};
+  FdWatch watch{*this};
+
+private:
+  void descriptorReady(FdWatch::Events /*events*/) override { ++calls; }
+};
+
+TEST_F(AWatchedPipe, IsNotLookedAtOnceAllWatchesWereStopped) {
+  ASSERT_TRUE(watch.start(ends[0], true, false));
+  ASSERT_EQ(write(ends[1], "!", 1), 1);
+
+  FdWatch::stopAll();
+  settle();
+
+  EXPECT_FALSE(watch.isRunning());
+  EXPECT_EQ(calls, 0);
+}
+
+} // namespace
+} // namespace rpc_test
