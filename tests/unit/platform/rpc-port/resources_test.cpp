@@ -6,6 +6,7 @@
 
 #include <Ecore.h>
 #include <csignal>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <malloc.h>
 #include <sys/resource.h>
@@ -323,20 +324,27 @@ TEST_F(AForkedChild, CannotSendOnItsParentsPorts) {
 
 class AForkedChildThatGoesOn : public ConnectedEnds {
 protected:
-  /// Forks a child that is to do something, while the parent's loop runs on.
+  /// Forks a child that is to do something, while the parent's loop runs on: what the child says
+  /// of itself through a pipe is looked at whenever something happens, its end at the latest.
   /// @return Whether the child has done it.
   template <typename Action>
   bool succeedsInChild(Action action) {
+    int ends[2] = {};
+    EXPECT_EQ(pipe2(ends, O_NONBLOCK), 0);
     const pid_t child = fork();
     if (child == 0) {
       // Ecore reports descriptors that are closed and still watched: that ends the child.
       eina_log_abort_on_critical_level_set(EINA_LOG_LEVEL_ERR);
       eina_log_abort_on_critical_set(EINA_TRUE);
-      _exit(action() ? 0 : 1);
+      (void)!write(ends[1], action() ? "y" : "n", 1);
+      _exit(0);
     }
-    int status = -1;
-    EXPECT_TRUE(runUntil([&] { return waitpid(child, &status, WNOHANG) == child; }));
-    return status == 0;
+    close(ends[1]);
+    char verdict = '?';
+    EXPECT_TRUE(runUntil([&] { return read(ends[0], &verdict, 1) >= 0; }));
+    close(ends[0]);
+    waitpid(child, nullptr, 0); // In vain where Ecore has seen the child's end first.
+    return verdict == 'y';
   }
 
   static bool isRejected() {
