@@ -20,8 +20,9 @@ bool ready = false;
 pid_t process = 0;
 
 /**
- * What Ecore calls in a forked child that goes on with the loop: the child's copies of the parent's
- * descriptors are closed, and a loop that went on watching them would never rest.
+ * What Ecore calls in a forked child that goes on with the loop: its copies of the parent's
+ * descriptors are closed there, and a loop that went on watching them would take whatever gets
+ * their numbers for them.
  */
 void onForkReset(void * /*data*/) {
   if (process == getpid()) {
@@ -51,12 +52,9 @@ EcoreUse::EcoreUse() {
   held = held || holdEcore();
   if (held && process != getpid()) {
     ecore_fork_reset(); // Ecore asks that of every child that uses it, and nobody else may have.
-    return;
+  } else if (isFirst) {
+    ready = held && JobQueue::get().open();
   }
-  if (!isFirst) {
-    return;
-  }
-  ready = held && JobQueue::get().open();
   if (!ready) {
     dlog_print(DLOG_ERROR, kLogTag, "the main loop is not to be had: no ports without it");
   }
