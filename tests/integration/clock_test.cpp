@@ -48,8 +48,9 @@ TEST_F(AJumpingClock, LetsARequestWait) {
   const Request request = actionRequest("play");
   session.client().send(request);
   const int number = application.awaitRequest().number;
-  for (int turn = 0; turn < 20; ++turn)
+  for (int turn = 0; turn < 20; ++turn) {
     application.minutesOnTheWallClock();
+  }
 
   EXPECT_EQ(application.completeAction(number, "at last"), NORIX_ERROR_NONE);
 

@@ -36,8 +36,9 @@ protected:
   }
 
   void beginNextStep() {
-    if (static_cast<AssistantStep>(++_done) == AssistantStep::Answered)
+    if (static_cast<AssistantStep>(++_done) == AssistantStep::Answered) {
       application.completeAction(application.awaitRequest().number, kLongAnswer);
+    }
     assistant.writeLine("next");
   }
 
@@ -55,8 +56,9 @@ protected:
   // Whether the application comes to have so many files open. Each call is a turn of its loop.
   bool comesToHaveOpen(long files) {
     constexpr int kMostTurns = 2000;
-    for (int turn = 0; turn < kMostTurns && application.process().openFiles() != files; ++turn)
+    for (int turn = 0; turn < kMostTurns && application.process().openFiles() != files; ++turn) {
       application.setAction("play");
+    }
     return application.process().openFiles() == files;
   }
 
@@ -125,8 +127,9 @@ TEST_P(AnExchange, GoesOnWhenTheApplicationIsStoppedAndContinued) {
       !dependsOnTheApplicationsWord() && GetParam().value != AssistantStep::AnswerRead;
 
   application.process().stop();
-  if (acts)
+  if (acts) {
     beginNextStep();
+  }
   application.process().signal(SIGCONT);
 
   if (acts) {

@@ -109,8 +109,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 std::string bytesFrom(const std::string &hexadecimal) {
   std::string bytes;
-  for (size_t at = 0; at < hexadecimal.size(); at += 2)
+  for (size_t at = 0; at < hexadecimal.size(); at += 2) {
     bytes += static_cast<char>(std::stoi(hexadecimal.substr(at, 2), nullptr, 16));
+  }
   return bytes;
 }
 
@@ -128,8 +129,9 @@ TEST_F(ARequestBundle, CutAnywhereOrWithGarbageBehindItIsDroppedAndTheNextIsServ
   constexpr size_t kBeforeTheBundle = 8 + 24 + 4 + 4; // Prefix, header, message id, length.
   const std::string bundle = requestFrame(actionRequest("play")).substr(kBeforeTheBundle);
 
-  for (size_t cut = 0; cut < bundle.size(); ++cut)
+  for (size_t cut = 0; cut < bundle.size(); ++cut) {
     sendRequest(withLength(bundle.substr(0, cut)));
+  }
   sendRequest(withLength(bundle + "garbage"));
 
   expectNextIsTheFirstToBeServed();

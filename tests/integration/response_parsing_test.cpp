@@ -21,11 +21,12 @@ using testing::HasSubstr;
 BundlePtr bundleOf(const Contents &contents) {
   BundlePtr made(bundle_create());
   for (const auto &[key, value] : contents) {
-    if (key.back() == '!')
+    if (key.back() == '!') {
       bundle_add_byte(made.get(), key.substr(0, key.size() - 1).c_str(), value.data(),
                       value.size());
-    else
+    } else {
       bundle_add_str(made.get(), key.c_str(), value.c_str());
+    }
   }
   return made;
 }

@@ -55,11 +55,13 @@ std::string runCycles(unsigned long cycles, const std::string &logs) {
   const integration::Process light({LIGHT_PROGRAM}, applicationEnvironment(kLight, logs));
   awaitAnswer(kLight);
 
-  for (unsigned long i = 0; i < std::min(cycles, kMostWarmUps); ++i)
+  for (unsigned long i = 0; i < std::min(cycles, kMostWarmUps); ++i) {
     runCycle();
+  }
   const Rest before = Rest::of(light.pid());
-  for (unsigned long i = 0; i < cycles; ++i)
+  for (unsigned long i = 0; i < cycles; ++i) {
     runCycle();
+  }
   const Rest after = Rest::of(light.pid());
 
   compare("the application", before.application, after.application);

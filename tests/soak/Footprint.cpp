@@ -16,9 +16,11 @@ long readMemory(const std::string &process) {
   std::ifstream status(process + "/status");
   std::string word;
   long memory = 0;
-  while (status >> word)
-    if (word == "RssAnon:" && status >> memory)
+  while (status >> word) {
+    if (word == "RssAnon:" && status >> memory) {
       return memory;
+    }
+  }
   throw std::runtime_error("no RssAnon in " + process + "/status");
 }
 
@@ -32,8 +34,9 @@ Footprint Footprint::of(pid_t process) {
 
 std::vector<std::string> filesBelow(const std::string &folder) {
   std::vector<std::string> files;
-  for (const auto &entry : fs::recursive_directory_iterator(folder))
+  for (const auto &entry : fs::recursive_directory_iterator(folder)) {
     files.push_back(entry.path());
+  }
   std::sort(files.begin(), files.end());
   return files;
 }

@@ -88,12 +88,15 @@ void Soak::load(std::chrono::seconds duration) {
 }
 
 void Soak::misbehave(Clock::time_point now) {
-  if (_dice.chance(300))
+  if (_dice.chance(300)) {
     _strangers.sendGarbage(anyTarget());
-  if (_dice.chance(80))
+  }
+  if (_dice.chance(80)) {
     _strangers.leaveHalfOpen(anyTarget());
-  if (_dice.chance(3))
+  }
+  if (_dice.chance(3)) {
     _strangers.askWithoutReading(kLight);
+  }
   strike(now);
 }
 
@@ -110,12 +113,15 @@ void Soak::strike(Clock::time_point now) {
   const auto stop = [&](Subject &subject) {
     _stops += subject.stopUntil(now + std::chrono::milliseconds(_dice.below(800))) ? 1 : 0;
   };
-  if (_dice.chance(15))
+  if (_dice.chance(15)) {
     stop(anyAssistant());
-  if (_dice.chance(4))
+  }
+  if (_dice.chance(4)) {
     stop(_music);
-  if (_dice.chance(4))
+  }
+  if (_dice.chance(4)) {
     stop(_light);
+  }
   forEachSubject([now](Subject &subject) { subject.resumeWhenDue(now); });
 }
 
@@ -147,11 +153,13 @@ Soak::Rest Soak::settle() {
 }
 
 void Soak::requireNoFailure() {
-  if (_tally.failures == 0)
+  if (_tally.failures == 0) {
     return;
+  }
   std::string told = "assistants were failed:";
-  for (Subject &assistant : _assistants)
+  for (Subject &assistant : _assistants) {
     told += "\n" + assistant.process().errors();
+  }
   throw std::runtime_error(told);
 }
 

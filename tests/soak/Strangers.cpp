@@ -21,8 +21,9 @@ constexpr std::size_t kQuestionsAtOnce = 500;
 const std::string &manyQuestions() {
   static const std::string kQuestions = [] {
     std::string questions;
-    for (std::size_t i = 0; i < kQuestionsAtOnce; ++i)
+    for (std::size_t i = 0; i < kQuestionsAtOnce; ++i) {
       questions += integration::requestFrame(norix::assistant::stateRequest());
+    }
     return questions;
   }();
   return kQuestions;
@@ -32,22 +33,25 @@ const std::string &manyQuestions() {
 
 void Strangers::sendGarbage(const std::string &appId) {
   const Clock::duration stay = std::chrono::milliseconds(_dice.below(1000));
-  if (connect(appId, garbage(_dice, "s-" + std::to_string(_number)), stay, false))
+  if (connect(appId, garbage(_dice, "s-" + std::to_string(_number)), stay, false)) {
     ++_garbagePeers;
+  }
 }
 
 void Strangers::leaveHalfOpen(const std::string &appId) {
   const Clock::duration stay = std::chrono::milliseconds(_dice.below(4000));
-  if (connect(appId, unfinishedSpeech(_dice, "s-" + std::to_string(_number)), stay, false))
+  if (connect(appId, unfinishedSpeech(_dice, "s-" + std::to_string(_number)), stay, false)) {
     ++_halfOpen;
+  }
 }
 
 void Strangers::askWithoutReading(const std::string &appId) {
   // A sender of its own: an application answers a sender through its latest connection.
   if (!isAnybodyDeaf()
       && connect(appId, properSpeech("s-" + std::to_string(_number), "org.example.deaf"),
-                 kDeafPatience, true))
+                 kDeafPatience, true)) {
     ++_deaf;
+  }
 }
 
 bool Strangers::isAnybodyDeaf() const {
@@ -60,8 +64,9 @@ bool Strangers::connect(const std::string &appId, Speech speech, Clock::duration
   ++_number;
   auto main = RawSocket::connectTo(integration::socketPath(appId));
   auto callback = RawSocket::connectTo(integration::socketPath(appId));
-  if (!main || !callback)
+  if (!main || !callback) {
     return false;
+  }
   _strangers.push_back({{std::move(main), std::move(speech.main)},
                         {std::move(callback), std::move(speech.callback)},
                         Clock::now() + stay,
@@ -79,8 +84,9 @@ void Strangers::tick(Clock::time_point now) {
 }
 
 bool Strangers::speak(Stranger &stranger) {
-  if (stranger.asksOn && stranger.main.unsent.empty())
+  if (stranger.asksOn && stranger.main.unsent.empty()) {
     stranger.main.unsent = manyQuestions();
+  }
   const bool mainIsOpen = speak(stranger.main);
   return speak(stranger.callback) && mainIsOpen;
 }
@@ -91,8 +97,9 @@ bool Strangers::speak(Line &line) {
     const std::size_t piece = 1 + _pieces.below(line.unsent.size());
     const ssize_t sent =
         send(line.socket->descriptor(), line.unsent.data(), piece, MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (sent < 0)
+    if (sent < 0) {
       return errno == EAGAIN;
+    }
     line.unsent.erase(0, static_cast<std::size_t>(sent));
   }
   return true;

@@ -31,8 +31,9 @@ void Subject::killAndRestart() {
 }
 
 bool Subject::stopUntil(Clock::time_point end) {
-  if (_resumption || Clock::now() < _mayStopFrom)
+  if (_resumption || Clock::now() < _mayStopFrom) {
     return false;
+  }
   _process->signal(SIGSTOP);
   _resumption = end;
   _mayStopFrom = end + kRest;
@@ -40,8 +41,9 @@ bool Subject::stopUntil(Clock::time_point end) {
 }
 
 void Subject::resumeWhenDue(Clock::time_point now) {
-  if (_resumption && now >= *_resumption)
+  if (_resumption && now >= *_resumption) {
     resume();
+  }
 }
 
 void Subject::resume() {
@@ -50,9 +52,10 @@ void Subject::resume() {
 }
 
 void Subject::requireRunning() const {
-  if (!_process->isRunning())
+  if (!_process->isRunning()) {
     throw std::runtime_error(_command.front() + " has ended by itself; it wrote:\n"
                              + _process->errors());
+  }
 }
 
 } // namespace soak

@@ -48,8 +48,9 @@ void awaitAnswer(const std::string &appId) {
       const auto answer = session.ask(norix::assistant::stateRequest(), kPatience);
       return require(answer.response.succeeded(), appId + " does not tell its state");
     } catch (const Error &error) {
-      if (error.failure() != Failure::CannotConnect || pauses == kMostPauses)
+      if (error.failure() != Failure::CannotConnect || pauses == kMostPauses) {
         throw;
+      }
     }
     pause();
   }

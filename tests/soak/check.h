@@ -14,8 +14,9 @@ namespace soak {
 
 // What must hold. Throws what does not.
 inline void require(bool holds, const std::string &what) {
-  if (!holds)
+  if (!holds) {
     throw std::runtime_error("not as it must be: " + what);
+  }
 }
 
 template <typename Value>

@@ -23,8 +23,9 @@ std::string noise(Dice &dice) {
 
 void changeBytes(Dice &dice, std::string &bytes) {
   const std::size_t changes = 1 + dice.below(8);
-  for (std::size_t i = 0; i < changes; ++i)
+  for (std::size_t i = 0; i < changes; ++i) {
     bytes[dice.below(bytes.size())] = static_cast<char>(dice.below(256));
+  }
 }
 
 void repeatSome(Dice &dice, std::string &bytes) {

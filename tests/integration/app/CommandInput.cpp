@@ -14,8 +14,9 @@ CommandInput::CommandInput(Handler handler)
                                        nullptr)) {}
 
 CommandInput::~CommandInput() {
-  if (_watch != nullptr)
+  if (_watch != nullptr) {
     ecore_main_fd_handler_del(_watch);
+  }
 }
 
 Eina_Bool CommandInput::onReadable(void *data, Ecore_Fd_Handler * /*watch*/) {

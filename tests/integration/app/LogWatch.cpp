@@ -24,8 +24,9 @@ std::vector<Watch> &watches() {
 
 void lookAt(const std::string &line) {
   for (auto watch = watches().begin(); watch != watches().end(); ++watch) {
-    if (line.find(watch->text) == std::string::npos)
+    if (line.find(watch->text) == std::string::npos) {
       continue;
+    }
     const std::function<void()> seen = std::move(watch->seen);
     watches().erase(watch);
     seen();

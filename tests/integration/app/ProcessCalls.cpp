@@ -26,35 +26,41 @@ constexpr const char *kStay = "stay";
 // What the child does. The end of the pipe that it was given says that it runs.
 [[noreturn]] void live(const std::string &ending, int running) {
   close(running);
-  if (ending == kStay)
+  if (ending == kStay) {
     stayUntilTheTestEnds();
-  if (ending == "exit")
+  }
+  if (ending == "exit") {
     std::exit(0); // NOLINT(concurrency-mt-unsafe): what an application might do.
+  }
   _exit(0);
 }
 
 // Forks a child that ends in this way, and waits until it has ended, or runs if it stays.
 int forkChild(const std::string &ending) {
   std::array<int, 2> running{};
-  if (pipe(running.data()) != 0)
+  if (pipe(running.data()) != 0) {
     return -1;
+  }
   const pid_t child = fork();
-  if (child == 0)
+  if (child == 0) {
     live(ending, running[1]);
+  }
   close(running[1]);
   char none = 0;
   const bool runs = child > 0 && read(running[0], &none, 1) == 0;
   close(running[0]);
-  if (runs && ending != kStay)
+  if (runs && ending != kStay) {
     (void)waitpid(child, nullptr, 0);
+  }
   return runs ? 0 : -1;
 }
 
 // What a program that is started inherits.
 int countSocketsOfAProgram() {
   FILE *output = popen("ls -l /proc/self/fd", "re");
-  if (output == nullptr)
+  if (output == nullptr) {
     throw std::runtime_error("cannot start a program");
+  }
   std::array<char, 1024> line{};
   int lines = 0;
   int sockets = 0;
@@ -69,12 +75,15 @@ int countSocketsOfAProgram() {
 } // namespace
 
 std::optional<int> callProcess(const std::string &name, const nlohmann::json &command) {
-  if (name == "fork")
+  if (name == "fork") {
     return forkChild(command.at("ending"));
-  if (name == "countSocketsOfAProgram")
+  }
+  if (name == "countSocketsOfAProgram") {
     return countSocketsOfAProgram();
-  if (name == "wallClock")
+  }
+  if (name == "wallClock") {
     return static_cast<int>(std::time(nullptr) / 60);
+  }
   return std::nullopt;
 }
 

@@ -38,8 +38,10 @@ std::uint64_t idIn(bundle *request) {
   void *bytes = nullptr;
   size_t size = 0;
   std::uint64_t id = 0;
-  if (bundle_get_byte(request, REQUEST_ID, &bytes, &size) == BUNDLE_ERROR_NONE && size == sizeof id)
+  if (bundle_get_byte(request, REQUEST_ID, &bytes, &size) == BUNDLE_ERROR_NONE
+      && size == sizeof id) {
     std::memcpy(&id, bytes, sizeof id);
+  }
   return id;
 }
 
@@ -58,27 +60,35 @@ void VoiceApplication::useAllowList(const std::string &path) {
 
 void VoiceApplication::execute(const json &command) {
   const std::string name = command.at("call");
-  if (name == "actionName")
+  if (name == "actionName") {
     reportActionName(command);
-  else
+  } else {
     report({{"result", call(name, command)}});
+  }
 }
 
 int VoiceApplication::call(const std::string &name, const json &command) {
-  if (name == "initialize")
+  if (name == "initialize") {
     return norix_initialize();
-  if (name == "deinitialize")
+  }
+  if (name == "deinitialize") {
     return norix_deinitialize();
-  if (name == "setState")
+  }
+  if (name == "setState") {
     return norix_set_app_state_request_cb(onState, this);
-  if (name == "unsetState")
+  }
+  if (name == "unsetState") {
     return norix_unset_app_state_request_cb();
-  if (name == "setAction")
+  }
+  if (name == "setAction") {
     return setAction(command.at("id"));
-  if (name == "unsetAction")
+  }
+  if (name == "unsetAction") {
     return norix_unset_action_execution_cb(textOf(command.at("id")));
-  if (name == "completeState" || name == "completeAction")
+  }
+  if (name == "completeState" || name == "completeAction") {
     return complete(name, command);
+  }
   return arrange(name, command);
 }
 
@@ -135,22 +145,25 @@ void VoiceApplication::received(const char *kind, void *handle, bundle *request)
   _handles.push_back(handle);
   report(event);
 
-  if (_deinitialiseAtOnce)
+  if (_deinitialiseAtOnce) {
     report({{"event", "deinitialised"}, {"result", norix_deinitialize()}});
+  }
 }
 
 void VoiceApplication::onState(void *handle, void *userData) {
   auto *application = static_cast<VoiceApplication *>(userData);
   application->received("state", handle, nullptr);
-  if (application->_answerAtOnce)
+  if (application->_answerAtOnce) {
     norix_complete_app_state_request(handle, application->_answerAtOnce->c_str());
+  }
 }
 
 void VoiceApplication::onAction(void *handle, bundle *request, void *userData) {
   auto *application = static_cast<VoiceApplication *>(userData);
   application->received("action", handle, request);
-  if (application->_answerAtOnce)
+  if (application->_answerAtOnce) {
     norix_complete_action_execution(handle, application->_answerAtOnce->c_str());
+  }
 }
 
 Eina_Bool VoiceApplication::onLate(void *userData) {

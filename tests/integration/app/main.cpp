@@ -15,12 +15,14 @@ extern "C" __attribute__((visibility("default"))) const char *__lsan_default_sup
 
 int main(int argc, char **argv) {
   ecore_app_no_system_modules();
-  if (ecore_init() == 0)
+  if (ecore_init() == 0) {
     return 1;
+  }
 
   integration::VoiceApplication application;
-  if (argc > 1)
+  if (argc > 1) {
     integration::VoiceApplication::useAllowList(argv[1]);
+  }
   {
     const integration::CommandInput input(
         [&application](const nlohmann::json &command) { application.execute(command); });

@@ -36,8 +36,9 @@ struct Pipe {
 
 Pipe makePipe() {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0)
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     fail("pipe");
+  }
   return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
@@ -45,19 +46,22 @@ std::vector<std::string> environmentWith(const Process::Environment &additions) 
   std::vector<std::string> merged;
   for (char **entry = environ; *entry != nullptr; ++entry) {
     const std::string text = *entry;
-    if (additions.count(text.substr(0, text.find('='))) == 0)
+    if (additions.count(text.substr(0, text.find('='))) == 0) {
       merged.push_back(text);
+    }
   }
-  for (const auto &[name, value] : additions)
+  for (const auto &[name, value] : additions) {
     merged.emplace_back(name).append("=").append(value);
+  }
   return merged;
 }
 
 std::vector<char *> pointersTo(std::vector<std::string> &texts) {
   std::vector<char *> pointers;
   pointers.reserve(texts.size() + 1);
-  for (std::string &text : texts)
+  for (std::string &text : texts) {
     pointers.push_back(text.data());
+  }
   pointers.push_back(nullptr);
   return pointers;
 }
@@ -66,9 +70,9 @@ bool waitReadable(int descriptor, double seconds) {
   constexpr double kMilliseconds = 1000.0;
   pollfd watched{descriptor, POLLIN, 0};
   int ready = 0;
-  do
+  do {
     ready = poll(&watched, 1, static_cast<int>(seconds * kMilliseconds));
-  while (ready < 0 && errno == EINTR);
+  } while (ready < 0 && errno == EINTR);
   return ready > 0;
 }
 
@@ -83,8 +87,9 @@ FileDescriptor &FileDescriptor::operator=(FileDescriptor &&other) noexcept {
 }
 
 FileDescriptor::~FileDescriptor() {
-  if (_number >= 0)
+  if (_number >= 0) {
     close(_number);
+  }
 }
 
 Process::Process(const std::vector<std::string> &command, const Environment &additions)
@@ -109,8 +114,9 @@ Process::Process(const std::vector<std::string> &command, const Environment &add
     execve(argv[0], argv.data(), envp.data());
     _exit(kCannotStart);
   }
-  if (_pid < 0)
+  if (_pid < 0) {
     fail("fork");
+  }
 
   _ended = FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, _pid, 0)));
   _input = std::move(input.write);
@@ -124,16 +130,18 @@ Process::Process(Process &&other) noexcept
       _unread(std::move(other._unread)) {}
 
 Process::~Process() {
-  if (_pid < 0)
+  if (_pid < 0) {
     return;
+  }
   kill(_pid, SIGKILL);
   waitpid(_pid, nullptr, 0);
 }
 
 void Process::writeLine(const std::string &line) {
   const std::string text = line + "\n";
-  if (write(_input.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+  if (write(_input.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
     fail("cannot write to " + _name);
+  }
 }
 
 void Process::closeInput() {
@@ -141,13 +149,15 @@ void Process::closeInput() {
 }
 
 bool Process::readMore(double seconds) {
-  if (!waitReadable(_output.get(), seconds))
+  if (!waitReadable(_output.get(), seconds)) {
     throw std::runtime_error("nothing more from " + _name + "; it wrote to standard error:\n"
                              + errors());
+  }
   std::array<char, 4096> chunk{};
   const ssize_t count = read(_output.get(), chunk.data(), chunk.size());
-  if (count < 0)
+  if (count < 0) {
     fail("cannot read from " + _name);
+  }
   _unread.append(chunk.data(), static_cast<size_t>(count));
   return count > 0;
 }
@@ -155,9 +165,10 @@ bool Process::readMore(double seconds) {
 std::string Process::readLine(double seconds) {
   size_t end = 0;
   while ((end = _unread.find('\n')) == std::string::npos) {
-    if (!readMore(seconds))
+    if (!readMore(seconds)) {
       throw std::runtime_error(_name + " closed its output; it wrote to standard error:\n"
                                + errors());
+    }
   }
   std::string line = _unread.substr(0, end);
   _unread.erase(0, end + 1);
@@ -199,30 +210,35 @@ void Process::stop() const {
 
 void Process::awaitStop() const {
   int status = 0;
-  if (waitpid(_pid, &status, WUNTRACED) != _pid || !WIFSTOPPED(status))
+  if (waitpid(_pid, &status, WUNTRACED) != _pid || !WIFSTOPPED(status)) {
     throw std::runtime_error(_name + " ends instead of standing still");
+  }
 }
 
 bool Process::ends(double seconds) const {
-  if (_ended.get() >= 0)
+  if (_ended.get() >= 0) {
     return waitReadable(_ended.get(), seconds);
+  }
   // Under valgrind, which has no descriptors of processes: ask again and again.
   for (int tries = static_cast<int>(seconds * 100); tries > 0; --tries) {
     siginfo_t ended = {};
     if (waitid(P_PID, static_cast<id_t>(_pid), &ended, WEXITED | WNOHANG | WNOWAIT) == 0
-        && ended.si_pid == _pid)
+        && ended.si_pid == _pid) {
       return true;
+    }
     poll(nullptr, 0, 10);
   }
   return false;
 }
 
 int Process::wait(double seconds) {
-  if (!ends(seconds))
+  if (!ends(seconds)) {
     throw std::runtime_error(_name + " does not end; it wrote to standard error:\n" + errors());
+  }
   int status = 0;
-  if (waitpid(_pid, &status, 0) != _pid)
+  if (waitpid(_pid, &status, 0) != _pid) {
     fail("waitpid");
+  }
   _pid = -1;
   return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }

@@ -17,22 +17,25 @@ constexpr const char *kAssistantId = "com.valtren.tizen.norix";
 fs::path makeFolder() {
   // Short, because the path of a socket is.
   std::string name = "/tmp/norix-test-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr)
+  if (mkdtemp(name.data()) == nullptr) {
     throw std::runtime_error("cannot make a folder in /tmp");
+  }
   return name;
 }
 
 std::string metadata(const std::optional<std::string> &sdkVersion) {
-  if (!sdkVersion)
+  if (!sdkVersion) {
     return {};
+  }
   return "<metadata key=\"" NORIX_SDK_VERSION_METADATA_KEY "\" value=\"" + *sdkVersion + "\"/>";
 }
 
 } // namespace
 
 TemporaryRuntime::TemporaryRuntime() : _folder(makeFolder()) {
-  for (const char *name : {"run", "home", "apps"})
+  for (const char *name : {"run", "home", "apps"}) {
     fs::create_directory(_folder / name);
+  }
   fs::permissions(_folder / "run", fs::perms::owner_all);
 
   set("XDG_RUNTIME_DIR", _folder / "run");
@@ -43,10 +46,11 @@ TemporaryRuntime::TemporaryRuntime() : _folder(makeFolder()) {
 
 TemporaryRuntime::~TemporaryRuntime() {
   for (const auto &[variable, value] : _before) {
-    if (value)
+    if (value) {
       setenv(variable.c_str(), value->c_str(), 1);
-    else
+    } else {
       unsetenv(variable.c_str());
+    }
   }
   std::error_code ignored; // A leftover in /tmp is no reason to fail a test that passed.
   fs::remove_all(_folder, ignored);
@@ -80,8 +84,9 @@ fs::path TemporaryRuntime::write(const std::string &name, const std::string &con
   fs::path path = _folder / name;
   std::ofstream file(path, std::ios::binary);
   file << content;
-  if (!file.flush())
+  if (!file.flush()) {
     throw std::runtime_error("cannot write " + path.string());
+  }
   return path;
 }
 

@@ -17,8 +17,9 @@ std::string install(const TemporaryRuntime &runtime, const TestApplication::Opti
 
 std::vector<std::string> commandFor(const TestApplication::Options &options) {
   std::vector<std::string> command{TEST_APPLICATION};
-  if (!options.allowList.empty())
+  if (!options.allowList.empty()) {
     command.push_back(options.allowList);
+  }
   return command;
 }
 
@@ -43,9 +44,10 @@ TestApplication::TestApplication(const TemporaryRuntime &runtime)
 TestApplication TestApplication::initialised(const TemporaryRuntime &runtime,
                                              const Options &options) {
   TestApplication application(runtime, options);
-  if (application.initialize() != 0)
+  if (application.initialize() != 0) {
     throw std::runtime_error("the application does not initialise:\n"
                              + application._process.errors());
+  }
   return application;
 }
 
@@ -102,8 +104,9 @@ json TestApplication::exchange(const std::string &name, const json &arguments) {
 
   while (true) {
     json line = json::parse(_process.readLine());
-    if (!line.contains("event"))
+    if (!line.contains("event")) {
       return line;
+    }
     _events.push_back(line);
   }
 }

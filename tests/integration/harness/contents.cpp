@@ -7,8 +7,9 @@ namespace integration {
 namespace {
 
 void append(const char *key, const int type, const bundle_keyval_t *entry, void *userData) {
-  if (type != BUNDLE_TYPE_STR && type != BUNDLE_TYPE_BYTE)
+  if (type != BUNDLE_TYPE_STR && type != BUNDLE_TYPE_BYTE) {
     throw std::runtime_error(std::string("an entry of another type: ") + key);
+  }
   void *value = nullptr;
   size_t size = 0;
   bundle_keyval_get_basic_val(const_cast<bundle_keyval_t *>(entry), &value, &size);

@@ -33,8 +33,9 @@ bool hangUp(rpc_port_parcel_h /*parcel*/) {
 
 Writer ints(std::initializer_list<int> values) {
   return [values = std::vector<int>(values)](rpc_port_parcel_h parcel) {
-    for (const int value : values)
+    for (const int value : values) {
       rpc_port_parcel_write_int32(parcel, value);
+    }
     return true;
   };
 }
@@ -92,8 +93,9 @@ int answer(const Writer &write, rpc_port_h port) {
   rpc_port_parcel_h reply = nullptr;
   rpc_port_parcel_create(&reply);
   const bool isSent = write(reply);
-  if (isSent)
+  if (isSent) {
     rpc_port_parcel_send(reply, port);
+  }
   rpc_port_parcel_destroy(reply);
   return isSent ? 0 : -1;
 }
@@ -101,13 +103,15 @@ int answer(const Writer &write, rpc_port_h port) {
 int onReceived(const char * /*sender*/, const char *instance, rpc_port_h port, void *userData) {
   const auto *behaviour = static_cast<const Behaviour *>(userData);
   rpc_port_parcel_h message = nullptr;
-  if (rpc_port_parcel_create_from_port(&message, port) != RPC_PORT_ERROR_NONE)
+  if (rpc_port_parcel_create_from_port(&message, port) != RPC_PORT_ERROR_NONE) {
     return -1;
+  }
   int id = 0;
   rpc_port_parcel_read_int32(message, &id);
   rpc_port_parcel_destroy(message);
-  if (id == kSetCb)
+  if (id == kSetCb) {
     return answer(behaviour->result, port);
+  }
 
   rpc_port_h callbackPort = nullptr;
   rpc_port_stub_get_port(stub, RPC_PORT_PORT_CALLBACK, instance, &callbackPort);
@@ -118,16 +122,18 @@ int onReceived(const char * /*sender*/, const char *instance, rpc_port_h port, v
 
 int main(int argc, char **argv) {
   const auto found = behaviours().find(argc > 1 ? argv[1] : "");
-  if (found == behaviours().end())
+  if (found == behaviours().end()) {
     return 2;
+  }
   Behaviour behaviour = found->second;
 
   ecore_app_no_system_modules();
   ecore_init();
   rpc_port_stub_create(&stub, "message");
   rpc_port_stub_add_received_event_cb(stub, onReceived, &behaviour);
-  if (rpc_port_stub_listen(stub) != RPC_PORT_ERROR_NONE)
+  if (rpc_port_stub_listen(stub) != RPC_PORT_ERROR_NONE) {
     return 1;
+  }
   std::puts("listening");
   std::fflush(stdout);
   ecore_main_loop_begin();

@@ -24,14 +24,16 @@ sockaddr_un addressOf(const std::string &path) {
 }
 
 void require(bool succeeded, const char *what) {
-  if (!succeeded)
+  if (!succeeded) {
     throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
+  }
 }
 
 // As the platform wants them: closed to others.
 void makeFolders(const fs::path &folder) {
-  if (fs::exists(folder))
+  if (fs::exists(folder)) {
     return;
+  }
   makeFolders(folder.parent_path());
   fs::create_directory(folder);
   fs::permissions(folder, fs::perms::owner_all);
@@ -69,8 +71,9 @@ void Line::send(const std::string &frame) {
   for (std::size_t sent = 0; sent < frame.size();) {
     const ssize_t count =
         ::send(_socket.get(), frame.data() + sent, frame.size() - sent, MSG_NOSIGNAL);
-    if (count < 0)
+    if (count < 0) {
       throw Ended();
+    }
     sent += static_cast<std::size_t>(count);
   }
 }
@@ -95,8 +98,9 @@ void Line::receiveUpTo(std::size_t size) {
   while (_received.size() < size) {
     const ssize_t count =
         recv(_socket.get(), chunk.data(), std::min(chunk.size(), size - _received.size()), 0);
-    if (count <= 0)
+    if (count <= 0) {
       throw Ended();
+    }
     _received.append(chunk.data(), static_cast<std::size_t>(count));
   }
 }

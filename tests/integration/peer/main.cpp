@@ -36,9 +36,11 @@ public:
   void take(AssistantStep step);
 
   void awaitEnd() {
-    for (Line *line : {&_main, &_callback})
-      if (line->isOpen())
+    for (Line *line : {&_main, &_callback}) {
+      if (line->isOpen()) {
         line->awaitEnd();
+      }
+    }
   }
 
 private:
@@ -123,8 +125,9 @@ std::uint64_t requestIdIn(const std::string &message) {
   const BundlePtr owned(content);
   void *bytes = nullptr;
   std::uint64_t id = 0;
-  if (bundle_get_byte(content, "requestId", &bytes, nullptr) == BUNDLE_ERROR_NONE)
+  if (bundle_get_byte(content, "requestId", &bytes, nullptr) == BUNDLE_ERROR_NONE) {
     std::memcpy(&id, bytes, sizeof id);
+  }
   return id;
 }
 
@@ -137,8 +140,9 @@ public:
   void run() {
     for (int step = 0; step < static_cast<int>(ApplicationStep::Count); ++step) {
       take(static_cast<ApplicationStep>(step));
-      if (static_cast<ApplicationStep>(step) == _fatal)
+      if (static_cast<ApplicationStep>(step) == _fatal) {
         std::raise(_signal);
+      }
     }
     _main.awaitEnd();
   }
@@ -206,10 +210,12 @@ int runApplication(const std::string &appId, const char *step, const char *signa
 
 int main(int argc, char **argv) try {
   const std::string side = argc > 1 ? argv[1] : "";
-  if (side == "assistant" && argc == 3)
+  if (side == "assistant" && argc == 3) {
     return integration::runAssistant(argv[2]);
-  if (side == "application" && argc == 5)
+  }
+  if (side == "application" && argc == 5) {
     return integration::runApplication(argv[2], argv[3], argv[4]);
+  }
   return 2;
 } catch (const std::exception &error) {
   std::cerr << error.what() << std::endl;

@@ -61,11 +61,12 @@ void ask(Session &session, Tally &tally, const Repertoire &repertoire, unsigned 
   const auto request = asksState ? stateRequest() : actionRequest(repertoire.actions.at(choice)[0]);
   const std::string &expected = asksState ? repertoire.state : repertoire.actions.at(choice)[1];
   const Answer answer = session.ask(request, kPatience);
-  if (!answer.response.succeeded() || !beginsWith(answer.response.text(), expected))
+  if (!answer.response.succeeded() || !beginsWith(answer.response.text(), expected)) {
     complain(tally, request.actionId + " is answered '" + answer.response.text() + "' ("
                         + answer.response.statusMessage() + ")");
-  else
+  } else {
     ++tally.requests;
+  }
 }
 
 void converse(const std::string &target, Tally &tally, std::mt19937 &random) {
@@ -73,15 +74,17 @@ void converse(const std::string &target, Tally &tally, std::mt19937 &random) {
   ++tally.connections;
   const Repertoire &repertoire = target == kMusicId ? kMusic : kLight;
   const auto questions = random() % kMostQuestions;
-  for (unsigned i = 0; i < questions; ++i)
+  for (unsigned i = 0; i < questions; ++i) {
     ask(session, tally, repertoire, static_cast<unsigned>(random() % 3));
+  }
 }
 
 } // namespace
 
 int main(int argc, char **argv) try {
-  if (argc != 4)
+  if (argc != 4) {
     return 2;
+  }
   const std::string target = argv[1];
   Tally &tally = Tally::in(argv[2]);
   std::mt19937 random(static_cast<std::mt19937::result_type>(std::stoul(argv[3])));
@@ -91,8 +94,9 @@ int main(int argc, char **argv) try {
     try {
       converse(target, tally, random);
     } catch (const Error &error) {
-      if (!isKilledAtTimes || !isTheEndOfAConnection(error))
+      if (!isKilledAtTimes || !isTheEndOfAConnection(error)) {
         complain(tally, error.what());
+      }
       poll(nullptr, 0, kPauseMilliseconds);
     }
   }
