@@ -340,9 +340,9 @@ int bundle_keyval_get_array_val(bundle_keyval_t *kv, void ***array_val, unsigned
  *          are in its byte order.
  * @param[in]  b    The bundle
  * @param[out] r    The text with a NUL, to be released with free(); untouched on failure
- * @param[out] len  Its size in bytes, which counts the NUL; untouched on failure; may be null
+ * @param[out] len  Its size in bytes, which counts the NUL; untouched on failure
  * @retval #BUNDLE_ERROR_NONE               Success
- * @retval #BUNDLE_ERROR_INVALID_PARAMETER  @a b or @a r is null
+ * @retval #BUNDLE_ERROR_INVALID_PARAMETER  @a b, @a r or @a len is null
  * @retval #BUNDLE_ERROR_OUT_OF_MEMORY      No memory, or the text would not fit an int: the values
  *                                          together have almost 1 GiB
  */

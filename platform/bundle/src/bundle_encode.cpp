@@ -116,16 +116,14 @@ int encode(bundle *b, bundle_raw **r, int *len) {
     return BUNDLE_ERROR_OUT_OF_MEMORY;
   }
   *r = text;
-  if (len != nullptr) {
-    *len = static_cast<int>(kChecksumDigits + 2 * size + 1);
-  }
+  *len = static_cast<int>(kChecksumDigits + 2 * size + 1);
   return BUNDLE_ERROR_NONE;
 }
 
 } // namespace
 
 int bundle_encode(bundle *b, bundle_raw **r, int *len) {
-  if (b == nullptr || r == nullptr) {
+  if (b == nullptr || r == nullptr || len == nullptr) {
     return finish(BUNDLE_ERROR_INVALID_PARAMETER);
   }
   try {

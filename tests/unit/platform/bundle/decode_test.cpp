@@ -10,7 +10,8 @@ namespace {
 
 std::string encoded(bundle *b) {
   bundle_raw *raw = nullptr;
-  EXPECT_EQ(bundle_encode(b, &raw, nullptr), BUNDLE_ERROR_NONE);
+  int length = 0;
+  EXPECT_EQ(bundle_encode(b, &raw, &length), BUNDLE_ERROR_NONE);
   std::string text = reinterpret_cast<char *>(raw);
   std::free(raw);
   return text;

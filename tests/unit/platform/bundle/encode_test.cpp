@@ -12,21 +12,27 @@ struct FreeDeleter {
 };
 using Raw = std::unique_ptr<bundle_raw, FreeDeleter>;
 
-Raw encode(bundle *b, int *length = nullptr) {
+struct Encoded {
+  Raw raw;
+  int length = 0;
+};
+
+Encoded encode(bundle *b) {
   bundle_raw *raw = nullptr;
-  EXPECT_EQ(bundle_encode(b, &raw, length), BUNDLE_ERROR_NONE);
-  return Raw(raw);
+  int length = 0;
+  EXPECT_EQ(bundle_encode(b, &raw, &length), BUNDLE_ERROR_NONE);
+  return {Raw(raw), length};
 }
 
-std::string textOf(const Raw &raw) {
-  return reinterpret_cast<const char *>(raw.get());
+std::string textOf(const Encoded &encoded) {
+  return reinterpret_cast<const char *>(encoded.raw.get());
 }
 
 TEST(Encoding, SetsTheLastResult) {
   const BundlePtr b = makeBundle();
   set_last_result(BUNDLE_ERROR_KEY_EXISTS);
 
-  const Raw raw = encode(b.get());
+  encode(b.get());
 
   EXPECT_EQ(get_last_result(), BUNDLE_ERROR_NONE);
 }
@@ -44,11 +50,10 @@ TEST(Encoding, MakesPrintableText) {
 TEST(Encoding, GivesALengthThatCountsTheNul) {
   const BundlePtr b = makeBundle();
   addOneOfEach(b.get());
-  int length = 0;
 
-  const Raw raw = encode(b.get(), &length);
+  const Encoded encoded = encode(b.get());
 
-  EXPECT_EQ(static_cast<std::size_t>(length), textOf(raw).size() + 1);
+  EXPECT_EQ(static_cast<std::size_t>(encoded.length), textOf(encoded).size() + 1);
 }
 
 TEST(Encoding, MakesTheSameTextOfEqualBundles) {
@@ -81,6 +86,14 @@ TEST(Encoding, NeedsSomewhereToPutTheText) {
 
   expectResult(bundle_encode(b.get(), nullptr, &length), BUNDLE_ERROR_INVALID_PARAMETER);
   EXPECT_EQ(length, 7);
+}
+
+TEST(Encoding, NeedsSomewhereToPutTheLength) {
+  const BundlePtr b = makeBundle();
+  bundle_raw *raw = nullptr;
+
+  expectResult(bundle_encode(b.get(), &raw, nullptr), BUNDLE_ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(raw, nullptr);
 }
 
 } // namespace
