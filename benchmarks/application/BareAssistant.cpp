@@ -19,7 +19,7 @@ namespace benchmarks {
 
 namespace {
 
-namespace rpc = platform::rpc;
+namespace rpc = platform::rpc_port;
 
 // The message ids of the interface "message".
 constexpr int kSetCb = 2;

@@ -26,13 +26,14 @@ public:
   void exchange(const std::string &actionId, std::size_t answerSize, int count, Samples &samples);
 
 private:
-  void sayHello(const platform::rpc::Descriptor &socket, int portType, const std::string &instance);
+  void sayHello(const platform::rpc_port::Descriptor &socket, int portType,
+                const std::string &instance);
   void registerDelegate();
   /** @return The number of bytes of the frame's payload, which is in _received then. */
-  std::size_t receiveFrame(const platform::rpc::Descriptor &socket);
+  std::size_t receiveFrame(const platform::rpc_port::Descriptor &socket);
 
-  platform::rpc::Descriptor _main;
-  platform::rpc::Descriptor _callback;
+  platform::rpc_port::Descriptor _main;
+  platform::rpc_port::Descriptor _callback;
   std::vector<char> _received;
 };
 

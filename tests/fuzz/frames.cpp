@@ -17,11 +17,11 @@
 namespace {
 
 using fuzz::check;
-using platform::rpc::Buffer;
-using platform::rpc::Frame;
-using platform::rpc::FrameKind;
-using platform::rpc::FrameReader;
-using platform::rpc::Inbox;
+using platform::rpc_port::Buffer;
+using platform::rpc_port::Frame;
+using platform::rpc_port::FrameKind;
+using platform::rpc_port::FrameReader;
+using platform::rpc_port::Inbox;
 
 std::string_view textOf(const Buffer &buffer) {
   return {reinterpret_cast<const char *>(buffer.data()), buffer.size()};

@@ -12,7 +12,7 @@
 namespace {
 
 using fuzz::check;
-namespace rpc = platform::rpc;
+namespace rpc = platform::rpc_port;
 
 std::string_view textOf(const rpc::Buffer &buffer) {
   return {reinterpret_cast<const char *>(buffer.data()), buffer.size()};

@@ -23,8 +23,8 @@ namespace {
 using fuzz::check;
 using fuzz::HostileSocket;
 using fuzz::Input;
-using platform::rpc::FrameKind;
-using platform::rpc::ListeningSocket;
+using platform::rpc_port::FrameKind;
+using platform::rpc_port::ListeningSocket;
 
 constexpr const char *kHostileAppId = "org.example.hostile";
 constexpr const char *kPortName = "fuzzed";

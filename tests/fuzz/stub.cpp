@@ -25,7 +25,7 @@ namespace {
 using fuzz::check;
 using fuzz::HostileSocket;
 using fuzz::Input;
-using platform::rpc::FrameKind;
+using platform::rpc_port::FrameKind;
 
 constexpr const char *kPortName = "fuzzed";
 // More turns than a connection takes to come about or to end.
@@ -194,7 +194,7 @@ void turn(int times) {
   }
 }
 
-platform::rpc::Hello readHello(Input &input) {
+platform::rpc_port::Hello readHello(Input &input) {
   const std::size_t choice = input.byte();
   return {choice % 2 == 0 ? RPC_PORT_PORT_MAIN : RPC_PORT_PORT_CALLBACK,
           "instance-" + std::to_string(choice / 2 % 4),

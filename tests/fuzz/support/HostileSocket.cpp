@@ -11,7 +11,7 @@
 
 namespace fuzz {
 
-namespace rpc = platform::rpc;
+namespace rpc = platform::rpc_port;
 
 namespace {
 

@@ -20,8 +20,8 @@ public:
   bool acceptFrom(int listening);
 
   void send(std::string_view bytes);
-  void sendFrame(platform::rpc::FrameKind kind, std::string_view payload);
-  void sendHello(const platform::rpc::Hello &hello);
+  void sendFrame(platform::rpc_port::FrameKind kind, std::string_view payload);
+  void sendHello(const platform::rpc_port::Hello &hello);
   void sendWelcome();
   // A whole parcel of these fields.
   void sendParcel(std::string_view fields);
@@ -34,7 +34,7 @@ public:
   bool isOpen() const { return static_cast<bool>(_socket); }
 
 private:
-  platform::rpc::Descriptor _socket;
+  platform::rpc_port::Descriptor _socket;
 };
 
 } // namespace fuzz

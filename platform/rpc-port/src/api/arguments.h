@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_API_ARGUMENTS_H
-#define PLATFORM_RPC_API_ARGUMENTS_H
+#ifndef PLATFORM_RPC_PORT_API_ARGUMENTS_H
+#define PLATFORM_RPC_PORT_API_ARGUMENTS_H
 
 #include <new>
 #include <rpc-port.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// Runs an API function's work; a lack of memory becomes a result and nothing else is caught.
 template <typename Work>
@@ -21,6 +21,6 @@ inline bool isPortType(rpc_port_port_type_e type) {
   return type == RPC_PORT_PORT_MAIN || type == RPC_PORT_PORT_CALLBACK;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <rpc-port.h>
 
-#include "../bounds.h"
-#include "../connection/Connection.h"
-#include "../connection/Ports.h"
-#include "arguments.h"
+#include "api/arguments.h"
+#include "common/bounds.h"
+#include "connection/Connection.h"
+#include "registry/Ports.h"
 
-namespace rpc = platform::rpc;
+namespace rpc = platform::rpc_port;
 
 namespace {
 
@@ -40,7 +40,7 @@ int rpc_port_write(rpc_port_h h, const void *buf, unsigned int size) {
   if (!port || size > rpc::kMaxMessage) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
-  rpc::Message message(rpc::FrameKind::Raw);
+  rpc::OutgoingMessage message(rpc::FrameKind::Raw);
   message.add(buf, size);
   return port->connection->send(port->type, message);
 }

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <rpc-port-parcel.h>
 
-#include "../Parcel.h"
-#include "../bounds.h"
-#include "../connection/Connection.h"
-#include "../connection/Ports.h"
-#include "../log.h"
-#include "arguments.h"
+#include "api/arguments.h"
+#include "common/bounds.h"
+#include "common/log.h"
+#include "connection/Connection.h"
+#include "registry/Ports.h"
+#include "wire/Parcel.h"
 
 #include <cstring>
 
-namespace rpc = platform::rpc;
+namespace rpc = platform::rpc_port;
 
 namespace {
 
@@ -113,7 +113,7 @@ int rpc_port_parcel_send(rpc_port_parcel_h h, rpc_port_h port) {
   }
   rpc::Parcel &parcel = *toParcel(h);
   const rpc::WireHeader header = parcel.wireHeader();
-  rpc::Message message(rpc::FrameKind::Parcel);
+  rpc::OutgoingMessage message(rpc::FrameKind::Parcel);
   message.add(&header, sizeof header);
   message.add(parcel.header().tag.data(), parcel.header().tag.size());
   parcel.addFieldsTo(message);

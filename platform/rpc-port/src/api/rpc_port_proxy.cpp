@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "../HandleTable.h"
-#include "../Proxy.h"
-#include "../socket/Names.h"
-#include "arguments.h"
+#include "api/arguments.h"
+#include "connection/Proxy.h"
+#include "registry/HandleTable.h"
+#include "socket/Names.h"
 
-namespace rpc = platform::rpc;
+namespace rpc = platform::rpc_port;
 
 namespace {
 

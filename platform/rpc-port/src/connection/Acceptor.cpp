@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Acceptor.h"
+#include "connection/Acceptor.h"
 
-#include "../bounds.h"
-#include "../log.h"
+#include "common/bounds.h"
+#include "common/log.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -87,4 +87,4 @@ void Acceptor::onRested(void *data) {
   static_cast<Acceptor *>(data)->_watch.update(true, false);
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_ACCEPTOR_H
-#define PLATFORM_RPC_CONNECTION_ACCEPTOR_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_ACCEPTOR_H
+#define PLATFORM_RPC_PORT_CONNECTION_ACCEPTOR_H
 
-#include "../loop/FdWatch.h"
-#include "../loop/Timer.h"
-#include "../socket/PortSocket.h"
-#include "Lobby.h"
+#include "connection/Lobby.h"
+#include "loop/FdWatch.h"
+#include "loop/Timer.h"
+#include "socket/PortSocket.h"
 
 #include <memory>
 #include <string>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// Accepts what connects to a stub, and rests for a while when descriptors have run out.
 class Acceptor final : private FdWatch::Target {
@@ -41,6 +41,6 @@ private:
   Timer _rest;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Channel.h"
+#include "connection/Channel.h"
 
-#include "../bounds.h"
-#include "../log.h"
+#include "common/bounds.h"
+#include "common/log.h"
 
 #include <cerrno>
 #include <new>
@@ -10,7 +10,7 @@
 #include <sys/socket.h>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -84,7 +84,7 @@ bool Channel::takeIn(std::size_t size) {
   return false;
 }
 
-SendOutcome Channel::send(Message &message) try {
+SendOutcome Channel::send(OutgoingMessage &message) try {
   const SendOutcome outcome = _queue.send(_socket.get(), message);
   updateWatch();
   return outcome;
@@ -127,4 +127,4 @@ void Channel::close() {
   _hasEnded = true;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

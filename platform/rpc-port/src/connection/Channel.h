@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_CHANNEL_H
-#define PLATFORM_RPC_CONNECTION_CHANNEL_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_CHANNEL_H
+#define PLATFORM_RPC_PORT_CONNECTION_CHANNEL_H
 
-#include "../loop/FdWatch.h"
-#include "../socket/Descriptor.h"
-#include "../wire/FrameReader.h"
-#include "../wire/Inbox.h"
-#include "SendQueue.h"
+#include "loop/FdWatch.h"
+#include "socket/Descriptor.h"
+#include "wire/FrameReader.h"
+#include "wire/Inbox.h"
+#include "wire/SendQueue.h"
 
 #include <cstddef>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// One of the two sockets of a connection: frames in, frames out, and nothing ever waits.
 class Channel final : private FdWatch::Target {
@@ -38,7 +38,7 @@ public:
   Inbox &inbox() { return _inbox; }
   bool isGreeted() const { return _reader.isGreeted() && !_inbox.empty(); }
 
-  SendOutcome send(Message &message);
+  SendOutcome send(OutgoingMessage &message);
   /// @return false when the peer takes nothing any more.
   bool flush();
 
@@ -69,6 +69,6 @@ private:
   SendQueue _queue;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Connection.h"
+#include "connection/Connection.h"
 
-#include "../Deadline.h"
-#include "../ScopeExit.h"
-#include "../bounds.h"
-#include "../log.h"
-#include "Ports.h"
+#include "common/Deadline.h"
+#include "common/ScopeExit.h"
+#include "common/bounds.h"
+#include "common/log.h"
+#include "registry/Ports.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 Connection::Connection(std::weak_ptr<ConnectionOwner> owner, Peer peer, ConnectionEnds ends,
                        bool watchesMain)
@@ -195,7 +195,7 @@ int Connection::disconnect() {
   return RPC_PORT_ERROR_NONE;
 }
 
-int Connection::send(rpc_port_port_type_e type, Message &message) {
+int Connection::send(rpc_port_port_type_e type, OutgoingMessage &message) {
   if (_state != State::Open) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
@@ -271,4 +271,4 @@ bool Connection::await(Line &line, Condition isThere) {
   return isThere();
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

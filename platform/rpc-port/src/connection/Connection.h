@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_CONNECTION_H
-#define PLATFORM_RPC_CONNECTION_CONNECTION_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_CONNECTION_H
+#define PLATFORM_RPC_PORT_CONNECTION_CONNECTION_H
 
-#include "../loop/Job.h"
-#include "Channel.h"
+#include "connection/Channel.h"
+#include "loop/Job.h"
 
 #include <array>
 #include <cstdint>
@@ -11,7 +11,7 @@
 #include <rpc-port.h>
 #include <string>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 class Connection;
 
@@ -76,7 +76,7 @@ public:
   rpc_port_h port(rpc_port_port_type_e type) const { return _lines[type].port; }
 
   // What the ports' functions come down to. Results are rpc_port_error_e.
-  int send(rpc_port_port_type_e type, Message &message);
+  int send(rpc_port_port_type_e type, OutgoingMessage &message);
   int takeParcel(rpc_port_port_type_e type, Buffer &payload);
   int readRaw(rpc_port_port_type_e type, unsigned char *bytes, std::size_t size);
   /// Ends it; both sides are told by their loops.
@@ -121,6 +121,6 @@ private:
   Job _turn;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Dialer.h"
+#include "connection/Dialer.h"
 
-#include "../Deadline.h"
-#include "../bounds.h"
-#include "../log.h"
-#include "../socket/Names.h"
-#include "../wire/Hello.h"
-#include "Acceptor.h"
+#include "common/Deadline.h"
+#include "common/bounds.h"
+#include "common/log.h"
+#include "connection/Acceptor.h"
+#include "socket/Names.h"
+#include "wire/Hello.h"
 
 #include <algorithm>
 #include <poll.h>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 Dialer::Dialer(Owner &owner, Peer peer)
     : _owner(owner), _peer(std::move(peer)), _sender(ownSenderName()), _error(RPC_PORT_ERROR_NONE),
@@ -94,7 +94,7 @@ void Dialer::attempt() {
 bool Dialer::sayHello(rpc_port_port_type_e type, Descriptor socket) {
   auto channel = std::make_unique<Channel>(std::move(socket), FrameKind::Welcome);
   const Buffer hello = encodeHello({type, _peer.instance, _sender});
-  Message message(FrameKind::Hello);
+  OutgoingMessage message(FrameKind::Hello);
   message.add(hello.data(), hello.size());
   if (channel->send(message) != SendOutcome::Taken) {
     return false;
@@ -178,4 +178,4 @@ void Dialer::fail(int error) {
   _error = error;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_DIALER_H
-#define PLATFORM_RPC_CONNECTION_DIALER_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_DIALER_H
+#define PLATFORM_RPC_PORT_CONNECTION_DIALER_H
 
-#include "../loop/Job.h"
-#include "../loop/Timer.h"
-#include "../socket/PortSocket.h"
-#include "Connection.h"
+#include "connection/Connection.h"
+#include "loop/Job.h"
+#include "loop/Timer.h"
+#include "socket/PortSocket.h"
 
 #include <array>
 #include <memory>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// Makes one connection on a proxy's behalf: two sockets, a hello on each, and the stub's welcome.
 class Dialer final : public std::enable_shared_from_this<Dialer>, private Channel::Listener {
@@ -76,6 +76,6 @@ private:
   Job _outcome;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Lobby.h"
+#include "connection/Lobby.h"
 
-#include "../log.h"
+#include "common/log.h"
 
 #include <algorithm>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -182,4 +182,4 @@ void Lobby::sweep() {
   }
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_LOBBY_H
-#define PLATFORM_RPC_CONNECTION_LOBBY_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_LOBBY_H
+#define PLATFORM_RPC_PORT_CONNECTION_LOBBY_H
 
-#include "../loop/Timer.h"
-#include "../wire/Hello.h"
-#include "Connection.h"
+#include "connection/Connection.h"
+#include "loop/Timer.h"
+#include "wire/Hello.h"
 
 #include <memory>
 #include <optional>
@@ -12,7 +12,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /**
  * @brief Where accepted sockets wait until both of a connection are in.
@@ -67,6 +67,6 @@ private:
   Timer _sweep;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

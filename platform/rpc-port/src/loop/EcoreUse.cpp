@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EcoreUse.h"
+#include "loop/EcoreUse.h"
 
-#include "../log.h"
-#include "FdWatch.h"
-#include "JobQueue.h"
-#include "Timer.h"
+#include "common/log.h"
+#include "loop/FdWatch.h"
+#include "loop/JobQueue.h"
+#include "loop/Timer.h"
 
 #include <Ecore.h>
 #include <sys/types.h>
 #include <unistd.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -77,4 +77,4 @@ bool EcoreUse::isReady() {
   return ready;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_LOOP_ECORE_USE_H
-#define PLATFORM_RPC_LOOP_ECORE_USE_H
+#ifndef PLATFORM_RPC_PORT_LOOP_ECORE_USE_H
+#define PLATFORM_RPC_PORT_LOOP_ECORE_USE_H
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /**
  * @brief Keeps Ecore initialised as long as a stub or a proxy lives.
@@ -22,6 +22,6 @@ public:
   static bool isReady();
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FdWatch.h"
+#include "loop/FdWatch.h"
 
-#include "../log.h"
+#include "common/log.h"
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -65,4 +65,4 @@ Ecore_Fd_Handler_Flags FdWatch::toFlags(bool reading, bool writing) {
   return static_cast<Ecore_Fd_Handler_Flags>(flags);
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_LOOP_FD_WATCH_H
-#define PLATFORM_RPC_LOOP_FD_WATCH_H
+#ifndef PLATFORM_RPC_PORT_LOOP_FD_WATCH_H
+#define PLATFORM_RPC_PORT_LOOP_FD_WATCH_H
 
-#include "../LinkedList.h"
+#include "common/LinkedList.h"
 
 #include <Ecore.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// Has a descriptor watched by the Ecore loop, until it is stopped or destroyed.
 class FdWatch : public Linked<FdWatch> {
@@ -51,6 +51,6 @@ private:
   Ecore_Fd_Handler_Flags _flags = ECORE_FD_ERROR;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_LOOP_JOB_H
-#define PLATFORM_RPC_LOOP_JOB_H
+#ifndef PLATFORM_RPC_PORT_LOOP_JOB_H
+#define PLATFORM_RPC_PORT_LOOP_JOB_H
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /**
  * @brief Something to do in a later turn of the loop, once however often it is planned until then.
@@ -31,6 +31,6 @@ private:
   bool _isPlanned = false;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "JobQueue.h"
+#include "loop/JobQueue.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -7,7 +7,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 void Job::plan() {
   if (!_isPlanned) {
@@ -79,4 +79,4 @@ void JobQueue::signal() {
   }
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

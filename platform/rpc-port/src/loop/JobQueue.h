@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_LOOP_JOB_QUEUE_H
-#define PLATFORM_RPC_LOOP_JOB_QUEUE_H
+#ifndef PLATFORM_RPC_PORT_LOOP_JOB_QUEUE_H
+#define PLATFORM_RPC_PORT_LOOP_JOB_QUEUE_H
 
-#include "../socket/Descriptor.h"
-#include "FdWatch.h"
-#include "Job.h"
+#include "loop/FdWatch.h"
+#include "loop/Job.h"
+#include "socket/Descriptor.h"
 
 #include <deque>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// The planned jobs of the process, and the event descriptor that tells the loop of them.
 class JobQueue final : private FdWatch::Target {
@@ -35,6 +35,6 @@ private:
   bool _isSignalled = false;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

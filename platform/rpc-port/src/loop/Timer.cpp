@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Timer.h"
+#include "loop/Timer.h"
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -39,4 +39,4 @@ Eina_Bool Timer::onExpired(void *data) {
   return ECORE_CALLBACK_CANCEL;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

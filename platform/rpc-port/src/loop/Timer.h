@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_LOOP_TIMER_H
-#define PLATFORM_RPC_LOOP_TIMER_H
+#ifndef PLATFORM_RPC_PORT_LOOP_TIMER_H
+#define PLATFORM_RPC_PORT_LOOP_TIMER_H
 
-#include "../LinkedList.h"
+#include "common/LinkedList.h"
 
 #include <Ecore.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /**
  * @brief Something to do once, some time from now.
@@ -37,6 +37,6 @@ private:
   Ecore_Timer *_timer = nullptr;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

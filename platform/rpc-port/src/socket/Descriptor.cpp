@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Descriptor.h"
+#include "socket/Descriptor.h"
 
 #include <mutex>
 #include <pthread.h>
 #include <unistd.h>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// All descriptors of the process that are open here. A fork can come from any thread: it locks.
 class DescriptorList {
@@ -74,4 +74,4 @@ void Descriptor::closeNumber() {
   }
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

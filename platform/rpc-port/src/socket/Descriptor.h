@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_SOCKET_DESCRIPTOR_H
-#define PLATFORM_RPC_SOCKET_DESCRIPTOR_H
+#ifndef PLATFORM_RPC_PORT_SOCKET_DESCRIPTOR_H
+#define PLATFORM_RPC_PORT_SOCKET_DESCRIPTOR_H
 
-#include "../LinkedList.h"
+#include "common/LinkedList.h"
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /**
  * @brief Owns a file descriptor, in this process only.
@@ -32,6 +32,6 @@ private:
   int _number;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Names.h"
+#include "socket/Names.h"
 
-#include "../bounds.h"
+#include "common/bounds.h"
 
 #include <algorithm>
 #include <app_common.h>
@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -49,4 +49,4 @@ std::string ownSenderName() {
   return std::string(isAppId(program) ? program : "unknown");
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

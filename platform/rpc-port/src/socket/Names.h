@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_SOCKET_NAMES_H
-#define PLATFORM_RPC_SOCKET_NAMES_H
+#ifndef PLATFORM_RPC_PORT_SOCKET_NAMES_H
+#define PLATFORM_RPC_PORT_SOCKET_NAMES_H
 
 #include <string>
 #include <string_view>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// Application ids and port names become names in a file system; these cannot do harm there.
 bool isAppId(std::string_view text);
@@ -17,6 +17,6 @@ std::string ownAppId();
 /// @return The id of this application, or the name of the program when the process is none.
 std::string ownSenderName();
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

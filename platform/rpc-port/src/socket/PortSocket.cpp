@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "PortSocket.h"
+#include "socket/PortSocket.h"
 
-#include "../log.h"
-#include "RuntimeDirectory.h"
+#include "common/log.h"
+#include "socket/RuntimeDirectory.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -189,4 +189,4 @@ ConnectedSocket connectToPort(const std::string &appId, const std::string &port)
   return failed(toError(errno));
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_SOCKET_PORT_SOCKET_H
-#define PLATFORM_RPC_SOCKET_PORT_SOCKET_H
+#ifndef PLATFORM_RPC_PORT_SOCKET_PORT_SOCKET_H
+#define PLATFORM_RPC_PORT_SOCKET_PORT_SOCKET_H
 
-#include "Descriptor.h"
+#include "socket/Descriptor.h"
 
 #include <memory>
 #include <string>
 #include <sys/types.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// The socket on which a stub listens, and its file, which goes with it.
 class ListeningSocket {
@@ -54,6 +54,6 @@ struct ConnectedSocket {
 /// Connects to a port without waiting.
 ConnectedSocket connectToPort(const std::string &appId, const std::string &port);
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RuntimeDirectory.h"
+#include "socket/RuntimeDirectory.h"
 
-#include "../log.h"
+#include "common/log.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -12,7 +12,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -117,4 +117,4 @@ OpenedDirectory openPortDirectory(const std::string &appId, DirectoryUse use) {
   return {std::move(step.descriptor), step.error};
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

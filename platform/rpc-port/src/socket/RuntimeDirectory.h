@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_SOCKET_RUNTIME_DIRECTORY_H
-#define PLATFORM_RPC_SOCKET_RUNTIME_DIRECTORY_H
+#ifndef PLATFORM_RPC_PORT_SOCKET_RUNTIME_DIRECTORY_H
+#define PLATFORM_RPC_PORT_SOCKET_RUNTIME_DIRECTORY_H
 
-#include "Descriptor.h"
+#include "socket/Descriptor.h"
 
 #include <string>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// Whether missing directories are made (a stub) or mean that nobody listens (a proxy).
 enum class DirectoryUse { Listen, Connect };
@@ -26,6 +26,6 @@ struct OpenedDirectory {
  */
 OpenedDirectory openPortDirectory(const std::string &appId, DirectoryUse use);
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

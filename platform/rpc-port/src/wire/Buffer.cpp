@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Buffer.h"
+#include "wire/Buffer.h"
 
 #include <SpareBlock.h>
 
@@ -9,7 +9,7 @@
 #include <new>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -94,4 +94,4 @@ void Buffer::release() {
   _bytes = nullptr;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

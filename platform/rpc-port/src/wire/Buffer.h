@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_WIRE_BUFFER_H
-#define PLATFORM_RPC_WIRE_BUFFER_H
+#ifndef PLATFORM_RPC_PORT_WIRE_BUFFER_H
+#define PLATFORM_RPC_PORT_WIRE_BUFFER_H
 
 #include <cstddef>
 #include <cstring>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /**
  * @brief Bytes that grow, and that two can hold without a copy.
@@ -68,6 +68,6 @@ private:
   std::size_t _capacity = 0;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_WIRE_FRAME_H
-#define PLATFORM_RPC_WIRE_FRAME_H
+#ifndef PLATFORM_RPC_PORT_WIRE_FRAME_H
+#define PLATFORM_RPC_PORT_WIRE_FRAME_H
 
-#include "Buffer.h"
+#include "wire/Buffer.h"
 
 #include <cstddef>
 #include <cstdint>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// What a frame carries.
 enum class FrameKind : std::uint32_t {
@@ -33,6 +33,6 @@ struct Frame {
 /// The shortest payload that a parcel can have: its header with an empty tag.
 constexpr std::size_t kParcelHeaderSize = 24;
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FrameReader.h"
+#include "wire/FrameReader.h"
 
-#include "../bounds.h"
-#include "Hello.h"
+#include "common/bounds.h"
+#include "wire/Hello.h"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -107,4 +107,4 @@ void FrameReader::finishIfWhole(Inbox &inbox) {
   }
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

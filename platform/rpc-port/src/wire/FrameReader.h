@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_WIRE_FRAME_READER_H
-#define PLATFORM_RPC_WIRE_FRAME_READER_H
+#ifndef PLATFORM_RPC_PORT_WIRE_FRAME_READER_H
+#define PLATFORM_RPC_PORT_WIRE_FRAME_READER_H
 
-#include "Frame.h"
-#include "Inbox.h"
+#include "wire/Frame.h"
+#include "wire/Inbox.h"
 
 #include <array>
 #include <cstddef>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /**
  * @brief Puts frames together from the pieces in which a stream delivers them.
@@ -62,6 +62,6 @@ private:
   Frame _frame;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

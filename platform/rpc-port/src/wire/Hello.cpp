@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Hello.h"
+#include "wire/Hello.h"
 
-#include "../socket/Names.h"
+#include "socket/Names.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -11,7 +11,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -83,4 +83,4 @@ std::string makeInstance() {
   return text;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_WIRE_HELLO_H
-#define PLATFORM_RPC_WIRE_HELLO_H
+#ifndef PLATFORM_RPC_PORT_WIRE_HELLO_H
+#define PLATFORM_RPC_PORT_WIRE_HELLO_H
 
-#include "../bounds.h"
-#include "Buffer.h"
+#include "common/bounds.h"
+#include "wire/Buffer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +11,7 @@
 #include <rpc-port.h>
 #include <string>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// The version of everything that travels. Peers of another version are refused.
 constexpr std::uint16_t kProtocolVersion = 1;
@@ -56,6 +56,6 @@ bool isWelcome(const Buffer &payload);
 /// A name for a new connection that no other connection of any process has.
 std::string makeInstance();
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

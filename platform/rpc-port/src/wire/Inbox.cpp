@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Inbox.h"
+#include "wire/Inbox.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 bool Inbox::readRaw(unsigned char *bytes, std::size_t size) {
   if (!hasRaw(size)) {
@@ -41,4 +41,4 @@ void Inbox::clear() {
   }
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

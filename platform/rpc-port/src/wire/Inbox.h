@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_WIRE_INBOX_H
-#define PLATFORM_RPC_WIRE_INBOX_H
+#ifndef PLATFORM_RPC_PORT_WIRE_INBOX_H
+#define PLATFORM_RPC_PORT_WIRE_INBOX_H
 
-#include "Frame.h"
+#include "wire/Frame.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// The frames of one socket that have arrived and that nobody has taken yet.
 class Inbox {
@@ -45,6 +45,6 @@ private:
   std::uint64_t _taken = 0;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

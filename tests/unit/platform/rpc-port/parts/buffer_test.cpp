@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 namespace {
 
 std::string textOf(const Buffer &buffer) {
@@ -125,4 +125,4 @@ TEST(ABuffer, MakesBytesOfWhatIsPutIntoItsRoom) {
 }
 
 } // namespace
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -3,11 +3,11 @@
 
 #include "support/RawSocket.h"
 
-#include <bounds.h>
+#include <common/bounds.h>
 #include <cstring>
 #include <gmock/gmock.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 namespace {
 
 using rpc_test::bytes;
@@ -153,4 +153,4 @@ TEST_F(AFrameReader, RefusesAnotherFirstFrameThanItsGreeting) {
 }
 
 } // namespace
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <HandleTable.h>
+#include <registry/HandleTable.h>
 
 #include <gmock/gmock.h>
 #include <set>
 #include <string>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 namespace {
 
 using Table = HandleTable<std::string, HandleKind::Port>;
@@ -70,4 +70,4 @@ TEST(AHandleTable, DoesNotFindGarbage) {
 }
 
 } // namespace
-} // namespace platform::rpc
+} // namespace platform::rpc_port

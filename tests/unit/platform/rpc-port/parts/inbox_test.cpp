@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <string>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 namespace {
 
 Frame frameOf(FrameKind kind, const std::string &text) {
@@ -75,4 +75,4 @@ TEST_F(AnInbox, DoesNotReadRawBytesBeyondAParcel) {
 }
 
 } // namespace
-} // namespace platform::rpc
+} // namespace platform::rpc_port

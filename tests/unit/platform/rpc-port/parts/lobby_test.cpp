@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 namespace {
 
 using rpc_test::frame;
@@ -76,4 +76,4 @@ TEST_F(ALobby, AdmitsGuestsWhoseHelloCameWhileTheLoopWasHeldUp) {
 }
 
 } // namespace
-} // namespace platform::rpc
+} // namespace platform::rpc_port

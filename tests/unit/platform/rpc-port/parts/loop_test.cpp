@@ -14,7 +14,7 @@
 namespace rpc_test {
 namespace {
 
-using namespace platform::rpc;
+using namespace platform::rpc_port;
 
 class TheLoop : public Runtime {
 protected:

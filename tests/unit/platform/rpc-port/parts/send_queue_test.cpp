@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <connection/SendQueue.h>
+#include <wire/SendQueue.h>
 
 #include <array>
-#include <bounds.h>
+#include <common/bounds.h>
 #include <gmock/gmock.h>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 namespace {
 
 /// A queue that sends into one end of a pair of sockets, from whose other end a test reads.
@@ -23,13 +23,13 @@ protected:
   }
 
   SendOutcome send(const std::string &text) {
-    Message message(FrameKind::Raw);
+    OutgoingMessage message(FrameKind::Raw);
     message.add(text.data(), text.size());
     return queue.send(sockets[0], message);
   }
 
   SendOutcome sendShared(Buffer &buffer) {
-    Message message(FrameKind::Raw);
+    OutgoingMessage message(FrameKind::Raw);
     message.addShared(buffer, 0);
     return queue.send(sockets[0], message);
   }
@@ -133,4 +133,4 @@ TEST_F(ASendQueue, SaysThatThePeerIsGoneWhileItFlushes) {
 }
 
 } // namespace
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_PARCEL_H
-#define PLATFORM_RPC_PARCEL_H
+#ifndef PLATFORM_RPC_PORT_WIRE_PARCEL_H
+#define PLATFORM_RPC_PORT_WIRE_PARCEL_H
 
-#include "connection/Message.h"
 #include "wire/Buffer.h"
 #include "wire/Frame.h"
+#include "wire/OutgoingMessage.h"
 
 #include <bundle.h>
 #include <cstddef>
@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// What travels with a parcel besides its fields; what an rpc_port_parcel_header_h stands for.
 struct ParcelHeader {
@@ -44,7 +44,7 @@ public:
 
   ParcelHeader &header() { return _header; }
   WireHeader wireHeader() const;
-  void addFieldsTo(Message &message) { message.addShared(_bytes, _begin); }
+  void addFieldsTo(OutgoingMessage &message) { message.addShared(_bytes, _begin); }
 
   /// @return false: the parcel would become longer than a message can be.
   bool hasRoomFor(std::size_t size) const;
@@ -85,6 +85,6 @@ private:
   Buffer _raw;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_SEND_QUEUE_H
-#define PLATFORM_RPC_CONNECTION_SEND_QUEUE_H
+#ifndef PLATFORM_RPC_PORT_WIRE_SEND_QUEUE_H
+#define PLATFORM_RPC_PORT_WIRE_SEND_QUEUE_H
 
-#include "../wire/Buffer.h"
-#include "Message.h"
+#include "wire/Buffer.h"
+#include "wire/OutgoingMessage.h"
 
 #include <cstddef>
 #include <sys/types.h>
 #include <vector>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// What became of a message. Overflow: the peer does not read, and nothing more is kept for it.
 enum class SendOutcome { Taken, Overflow, Broken };
@@ -22,7 +22,7 @@ public:
    * @throw std::bad_alloc, and part of the message may have been sent: the connection is of no
    *        more use.
    */
-  SendOutcome send(int socket, Message &message);
+  SendOutcome send(int socket, OutgoingMessage &message);
 
   /// Sends what has been kept, as far as the socket takes it. @return false: the peer is gone.
   bool flush(int socket);
@@ -38,8 +38,8 @@ private:
     bool isShared;
   };
 
-  SendOutcome keepBehindOthers(int socket, Message &message);
-  void keep(Message &message);
+  SendOutcome keepBehindOthers(int socket, OutgoingMessage &message);
+  void keep(OutgoingMessage &message);
   void keepCopy(const void *bytes, std::size_t size);
 
   std::vector<Segment> _segments;
@@ -48,6 +48,6 @@ private:
   std::size_t _leading = 0;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_PORTS_H
-#define PLATFORM_RPC_CONNECTION_PORTS_H
+#ifndef PLATFORM_RPC_PORT_REGISTRY_PORTS_H
+#define PLATFORM_RPC_PORT_REGISTRY_PORTS_H
 
-#include "../HandleTable.h"
+#include "registry/HandleTable.h"
 
 #include <memory>
 #include <rpc-port.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 class Connection;
 
@@ -22,6 +22,6 @@ using PortTable = HandleTable<Port, HandleKind::Port>;
 /// The ports of all connections of the process.
 PortTable &ports();
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

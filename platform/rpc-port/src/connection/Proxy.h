@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_PROXY_H
-#define PLATFORM_RPC_PROXY_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_PROXY_H
+#define PLATFORM_RPC_PORT_CONNECTION_PROXY_H
 
-#include "EventHandlers.h"
 #include "connection/Connection.h"
 #include "connection/Dialer.h"
+#include "connection/EventHandlers.h"
 #include "loop/EcoreUse.h"
 
 #include <memory>
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// What an rpc_port_proxy_h stands for: it connects, as often as it is told, to any ports.
 class Proxy final : public std::enable_shared_from_this<Proxy>,
@@ -55,6 +55,6 @@ private:
   EventHandlers<rpc_port_proxy_received_event_cb> _received;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

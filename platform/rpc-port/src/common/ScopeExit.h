@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_SCOPE_EXIT_H
-#define PLATFORM_RPC_SCOPE_EXIT_H
+#ifndef PLATFORM_RPC_PORT_COMMON_SCOPE_EXIT_H
+#define PLATFORM_RPC_PORT_COMMON_SCOPE_EXIT_H
 
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// Does something when a block is left, also when an application's handler has thrown.
 template <typename Action>
@@ -19,6 +19,6 @@ private:
   Action _action;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

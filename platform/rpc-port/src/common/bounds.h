@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_BOUNDS_H
-#define PLATFORM_RPC_BOUNDS_H
+#ifndef PLATFORM_RPC_PORT_COMMON_BOUNDS_H
+#define PLATFORM_RPC_PORT_COMMON_BOUNDS_H
 
 #include <cstddef>
 
@@ -8,7 +8,7 @@
  * @file bounds.h
  * @brief Every bound of the transport, in one place. README.md shows them as a table.
  */
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// One message: a parcel with its header, or the bytes of one rpc_port_write().
 constexpr std::size_t kMaxMessage = std::size_t{64} << 20;
@@ -50,6 +50,6 @@ constexpr double kReplySeconds = 10.0;
 /// How long accepting rests when descriptors or memory have run out.
 constexpr double kAcceptPauseSeconds = 0.1;
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_STUB_H
-#define PLATFORM_RPC_STUB_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_STUB_H
+#define PLATFORM_RPC_PORT_CONNECTION_STUB_H
 
-#include "EventHandlers.h"
 #include "connection/Acceptor.h"
 #include "connection/Connection.h"
+#include "connection/EventHandlers.h"
 #include "connection/Lobby.h"
 #include "loop/EcoreUse.h"
 
@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// What an rpc_port_stub_h stands for: it listens, and has the connections that came of it.
 class Stub final : public std::enable_shared_from_this<Stub>,
@@ -56,6 +56,6 @@ private:
   EventHandlers<rpc_port_stub_received_event_cb> _received;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SendQueue.h"
+#include "wire/SendQueue.h"
 
-#include "../bounds.h"
+#include "common/bounds.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <sys/socket.h>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -27,7 +27,7 @@ ssize_t sendSome(int socket, iovec *parts, std::size_t count) {
 
 } // namespace
 
-SendOutcome SendQueue::send(int socket, Message &message) {
+SendOutcome SendQueue::send(int socket, OutgoingMessage &message) {
   if (!empty()) {
     return keepBehindOthers(socket, message);
   }
@@ -43,7 +43,7 @@ SendOutcome SendQueue::send(int socket, Message &message) {
   return SendOutcome::Taken;
 }
 
-SendOutcome SendQueue::keepBehindOthers(int socket, Message &message) {
+SendOutcome SendQueue::keepBehindOthers(int socket, OutgoingMessage &message) {
   const auto isFull = [&] { return _size - _leading + message.size() > kMaxQueued; };
   // An application that sends without returning to its loop leaves the flushing to us.
   if (isFull() && !flush(socket)) {
@@ -59,7 +59,7 @@ SendOutcome SendQueue::keepBehindOthers(int socket, Message &message) {
   return SendOutcome::Taken;
 }
 
-void SendQueue::keep(Message &message) {
+void SendQueue::keep(OutgoingMessage &message) {
   for (std::size_t i = 0; i < message.count(); ++i) {
     const iovec &part = message.parts()[i];
     const bool isLast = i + 1 == message.count();
@@ -112,4 +112,4 @@ void SendQueue::clear() {
   _size = _leading = 0;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

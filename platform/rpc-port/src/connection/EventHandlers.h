@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_EVENT_HANDLERS_H
-#define PLATFORM_RPC_EVENT_HANDLERS_H
+#ifndef PLATFORM_RPC_PORT_CONNECTION_EVENT_HANDLERS_H
+#define PLATFORM_RPC_PORT_CONNECTION_EVENT_HANDLERS_H
 
 #include <cstddef>
 #include <vector>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// The application's handlers of one event, in the order in which they were added.
 template <typename Callback>
@@ -37,6 +37,6 @@ private:
   std::vector<Handler> _handlers;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

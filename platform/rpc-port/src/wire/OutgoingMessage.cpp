@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Message.h"
+#include "wire/OutgoingMessage.h"
 
 #include <algorithm>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
-void Message::skip(std::size_t size) {
+void OutgoingMessage::skip(std::size_t size) {
   for (std::size_t i = 0; i < _count; ++i) {
     const std::size_t step = std::min(size, _parts[i].iov_len);
     _parts[i].iov_base = static_cast<unsigned char *>(_parts[i].iov_base) + step;
@@ -14,4 +14,4 @@ void Message::skip(std::size_t size) {
   }
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_LINKED_LIST_H
-#define PLATFORM_RPC_LINKED_LIST_H
+#ifndef PLATFORM_RPC_PORT_COMMON_LINKED_LIST_H
+#define PLATFORM_RPC_PORT_COMMON_LINKED_LIST_H
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 template <typename Object>
 class LinkedList;
@@ -48,6 +48,6 @@ private:
   Object *_first = nullptr;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

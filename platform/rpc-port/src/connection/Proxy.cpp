@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Proxy.h"
+#include "connection/Proxy.h"
 
 #include "wire/Hello.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -133,4 +133,4 @@ std::shared_ptr<Connection> Proxy::establish(Dialer &dialer) {
   return connection;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Parcel.h"
+#include "wire/Parcel.h"
 
-#include "bounds.h"
+#include "common/bounds.h"
 
 #include <bundle_wire.h>
 #include <cstdlib>
 #include <rpc-port.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
@@ -178,4 +178,4 @@ const Buffer &Parcel::raw() {
   return _raw;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_DEADLINE_H
-#define PLATFORM_RPC_DEADLINE_H
+#ifndef PLATFORM_RPC_PORT_COMMON_DEADLINE_H
+#define PLATFORM_RPC_PORT_COMMON_DEADLINE_H
 
 #include <chrono>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// The end of a wait that may take no longer than so many seconds.
 class Deadline {
@@ -24,6 +24,6 @@ private:
   Clock::time_point _end;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

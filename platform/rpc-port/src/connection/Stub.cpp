@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Stub.h"
+#include "connection/Stub.h"
 
-#include "log.h"
+#include "common/log.h"
 #include "socket/Names.h"
 
 #include <utility>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 namespace {
 
 bool welcome(Channel &channel) {
   const Buffer payload = encodeWelcome();
-  Message message(FrameKind::Welcome);
+  OutgoingMessage message(FrameKind::Welcome);
   message.add(payload.data(), payload.size());
   return channel.send(message) == SendOutcome::Taken;
 }
@@ -119,4 +119,4 @@ void Stub::admit(const Hello &hello, ConnectionEnds ends) {
   raise(_connected, *connection);
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port

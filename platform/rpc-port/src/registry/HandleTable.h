@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_HANDLE_TABLE_H
-#define PLATFORM_RPC_HANDLE_TABLE_H
+#ifndef PLATFORM_RPC_PORT_REGISTRY_HANDLE_TABLE_H
+#define PLATFORM_RPC_PORT_REGISTRY_HANDLE_TABLE_H
 
 #include <climits>
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// What a handle stands for; part of its value, so that a stub's handle is no port's.
 enum class HandleKind : std::uintptr_t { Port = 1, Stub = 2, Proxy = 3 };
@@ -86,6 +86,6 @@ private:
   std::vector<std::size_t> _free;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

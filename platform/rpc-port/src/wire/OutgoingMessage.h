@@ -1,21 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_CONNECTION_MESSAGE_H
-#define PLATFORM_RPC_CONNECTION_MESSAGE_H
+#ifndef PLATFORM_RPC_PORT_WIRE_OUTGOING_MESSAGE_H
+#define PLATFORM_RPC_PORT_WIRE_OUTGOING_MESSAGE_H
 
-#include "../wire/Frame.h"
+#include "wire/Frame.h"
 
 #include <array>
 #include <cstddef>
 #include <sys/uio.h>
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 /// A frame on its way out, in pieces that lie where they were made: one system call sends them all.
-class Message {
+class OutgoingMessage {
 public:
-  explicit Message(FrameKind kind) : _prefix{0, kind} { _parts[0] = {&_prefix, sizeof _prefix}; }
-  Message(const Message &) = delete;
-  Message &operator=(const Message &) = delete;
+  explicit OutgoingMessage(FrameKind kind) : _prefix{0, kind} {
+    _parts[0] = {&_prefix, sizeof _prefix};
+  }
+  OutgoingMessage(const OutgoingMessage &) = delete;
+  OutgoingMessage &operator=(const OutgoingMessage &) = delete;
 
   /// Adds a piece, which has to stay until the message is sent.
   void add(const void *bytes, std::size_t size) {
@@ -47,6 +49,6 @@ private:
   Buffer *_shared = nullptr;
 };
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Ports.h"
+#include "registry/Ports.h"
 
-namespace platform::rpc {
+namespace platform::rpc_port {
 
 PortTable &ports() {
   // Never destroyed: an application that exits without cleaning up leaves that to the kernel.
@@ -9,4 +9,4 @@ PortTable &ports() {
   return *table;
 }
 
-} // namespace platform::rpc
+} // namespace platform::rpc_port
