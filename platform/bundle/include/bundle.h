@@ -20,7 +20,10 @@
  * 5. Memory. At least eight bytes can be read at every text, every byte value and every element of
  *    an array that is not empty; those beyond the value are zero. It is a guarantee of this
  *    implementation; a device does not give it.
- * 6. Threads. A bundle may be used by one thread at a time, different bundles by different threads.
+ * 6. Limits. A bundle holds at most 32,768 keys, which together have at most 4 MiB, and at most
+ *    262,144 slots in all its arrays. To add more fails for lack of memory. A bundle within these
+ *    limits is read from a message of 64 MiB in well under 100 ms. A device has other limits.
+ * 7. Threads. A bundle may be used by one thread at a time, different bundles by different threads.
  *
  * @code
  * bundle *b = bundle_create();
@@ -136,7 +139,7 @@ bundle *bundle_dup(bundle *b_from);
  * @retval #BUNDLE_ERROR_NONE               Success
  * @retval #BUNDLE_ERROR_INVALID_PARAMETER  @a b, @a key or @a str is null, or @a key is empty
  * @retval #BUNDLE_ERROR_KEY_EXISTS         The bundle has the key: its value is kept
- * @retval #BUNDLE_ERROR_OUT_OF_MEMORY      No memory
+ * @retval #BUNDLE_ERROR_OUT_OF_MEMORY      No memory, or the bundle has reached a limit
  */
 int bundle_add_str(bundle *b, const char *key, const char *str);
 
@@ -150,7 +153,7 @@ int bundle_add_str(bundle *b, const char *key, const char *str);
  * @retval #BUNDLE_ERROR_INVALID_PARAMETER  @a b, @a key or @a byte is null, @a key is empty, or
  *                                          @a size is 0
  * @retval #BUNDLE_ERROR_KEY_EXISTS         The bundle has the key: its value is kept
- * @retval #BUNDLE_ERROR_OUT_OF_MEMORY      No memory
+ * @retval #BUNDLE_ERROR_OUT_OF_MEMORY      No memory, or the bundle has reached a limit
  */
 int bundle_add_byte(bundle *b, const char *key, const void *byte, const size_t size);
 
@@ -165,7 +168,7 @@ int bundle_add_byte(bundle *b, const char *key, const void *byte, const size_t s
  * @retval #BUNDLE_ERROR_INVALID_PARAMETER  @a b or @a key is null, @a key is empty, or @a len is 0
  *                                          or negative
  * @retval #BUNDLE_ERROR_KEY_EXISTS         The bundle has the key: its value is kept
- * @retval #BUNDLE_ERROR_OUT_OF_MEMORY      No memory
+ * @retval #BUNDLE_ERROR_OUT_OF_MEMORY      No memory, or the bundle has reached a limit
  */
 int bundle_add_str_array(bundle *b, const char *key, const char **str_array, const int len);
 

@@ -16,14 +16,17 @@ using platform::give;
 
 namespace {
 
-/** Adds under a key that the bundle does not have yet what @a add adds. */
+/** Adds what @a add adds, under a key that the bundle does not have yet. */
 template <typename Add>
-int addEntry(bundle *b, std::string_view key, Add add) {
+int addEntry(bundle *b, std::string_view key, std::size_t slots, Add add) {
   if (key.empty()) {
     return BUNDLE_ERROR_INVALID_PARAMETER;
   }
   if (b->find(key) != nullptr) {
     return BUNDLE_ERROR_KEY_EXISTS;
+  }
+  if (!b->hasRoomFor(key, slots)) {
+    return BUNDLE_ERROR_OUT_OF_MEMORY;
   }
   try {
     add(key);
@@ -98,7 +101,7 @@ int bundle_add_str(bundle *b, const char *key, const char *str) {
   if (b == nullptr || key == nullptr || str == nullptr) {
     return finish(BUNDLE_ERROR_INVALID_PARAMETER);
   }
-  return finish(addEntry(b, key, [b, str](std::string_view name) {
+  return finish(addEntry(b, key, 0, [b, str](std::string_view name) {
     b->add(BUNDLE_TYPE_STR, name, str, std::strlen(str) + 1);
   }));
 }
@@ -107,7 +110,7 @@ int bundle_add_byte(bundle *b, const char *key, const void *byte, const size_t s
   if (b == nullptr || key == nullptr || byte == nullptr || size == 0) {
     return finish(BUNDLE_ERROR_INVALID_PARAMETER);
   }
-  return finish(addEntry(b, key, [b, byte, size](std::string_view name) {
+  return finish(addEntry(b, key, 0, [b, byte, size](std::string_view name) {
     b->add(BUNDLE_TYPE_BYTE, name, byte, size);
   }));
 }
@@ -117,7 +120,7 @@ int bundle_add_str_array(bundle *b, const char *key, const char **str_array, con
     return finish(BUNDLE_ERROR_INVALID_PARAMETER);
   }
   const auto length = static_cast<std::size_t>(len);
-  return finish(addEntry(b, key, [b, str_array, length](std::string_view name) {
+  return finish(addEntry(b, key, length, [b, str_array, length](std::string_view name) {
     b->add(platform::makeStrArray(name, str_array, length));
   }));
 }
@@ -126,8 +129,9 @@ int bundle_add_byte_array(bundle *b, const char *key, const unsigned int len) {
   if (b == nullptr || key == nullptr || len == 0) {
     return finish(BUNDLE_ERROR_INVALID_PARAMETER);
   }
-  return finish(addEntry(
-      b, key, [b, len](std::string_view name) { b->add(platform::makeByteArray(name, len)); }));
+  return finish(addEntry(b, key, len, [b, len](std::string_view name) {
+    b->add(platform::makeByteArray(name, len));
+  }));
 }
 
 int bundle_set_byte_array_element(bundle *b, const char *key, const unsigned int idx,

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <malloc.h>
 #include <new>
 #include <utility>
 
@@ -13,11 +14,17 @@ using platform::kMostUnindexed;
 using platform::kRoom;
 
 bundle_s::~bundle_s() {
+  std::size_t freed = 0;
   for (Entry *next = nullptr; _first != nullptr; _first = next) {
     next = _first->next;
+    freed += platform::bytesOf(*_first);
     if (!isInRoom(_first)) {
       EntryDeleter()(_first);
     }
+  }
+  if (freed >= platform::kTrimFrom) {
+    _index.reset();
+    malloc_trim(0);
   }
 }
 
@@ -32,6 +39,11 @@ Entry *bundle_s::find(std::string_view key) const {
     entry = entry->next;
   }
   return entry;
+}
+
+bool bundle_s::hasRoomFor(std::string_view key, std::size_t slots) const {
+  return _count < platform::kMaxKeys && key.size() < platform::kMaxKeyBytes - _keyBytes
+         && slots <= platform::kMaxSlots - _slots;
 }
 
 void bundle_s::add(int type, std::string_view key, const void *value, std::size_t size) {
@@ -69,6 +81,8 @@ void bundle_s::remove(Entry *entry) {
   (entry->previous != nullptr ? entry->previous->next : _first) = entry->next;
   (entry->next != nullptr ? entry->next->previous : _last) = entry->previous;
   --_count;
+  _keyBytes -= entry->keyLength + 1;
+  _slots -= entry->slotCount();
   release(entry);
 }
 
@@ -100,6 +114,8 @@ void bundle_s::append(Entry *entry) {
   (_last != nullptr ? _last->next : _first) = entry;
   _last = entry;
   ++_count;
+  _keyBytes += entry->keyLength + 1;
+  _slots += entry->slotCount();
 }
 
 void bundle_s::index(Entry *entry) {

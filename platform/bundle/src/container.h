@@ -30,7 +30,11 @@ public:
   std::size_t count() const { return _count; }
   platform::Entry *find(std::string_view key) const;
 
-  // These throw std::bad_alloc and then have changed nothing. The bundle does not have the key.
+  /** Whether another key with an array of that many slots, or none, keeps to the bounds. */
+  bool hasRoomFor(std::string_view key, std::size_t slots) const;
+
+  // These throw std::bad_alloc and then have changed nothing. The bundle does not have the key, and
+  // has room for it.
 
   void add(int type, std::string_view key, const void *value, std::size_t size);
   void add(platform::EntryPtr array);
@@ -50,6 +54,8 @@ private:
   platform::Entry *_first = nullptr;
   platform::Entry *_last = nullptr;
   std::size_t _count = 0;
+  std::size_t _keyBytes = 0;
+  std::size_t _slots = 0;
   std::unique_ptr<Index> _index;
   std::size_t _roomUsed = 0;
   alignas(8) unsigned char _room[platform::kRoom];

@@ -4,6 +4,7 @@
 #include <SpareBlock.h>
 
 #include <cstring>
+#include <numeric>
 
 namespace platform {
 namespace {
@@ -97,10 +98,6 @@ Entry *buildBasic(void *block, int type, std::string_view key, const void *value
 
 EntryPtr makeStrArray(std::string_view key, const char *const *texts, std::size_t length) {
   constexpr std::size_t kSlot = sizeof(void *) + sizeof(std::size_t);
-  if (length > kLargestValue / kSlot) {
-    return nullptr;
-  }
-
   const std::size_t room = length * kSlot + textRoom(texts, length);
   EntryPtr entry = makeArray(BUNDLE_TYPE_STR_ARRAY, key, length, room);
   if (entry && texts != nullptr) {
@@ -111,10 +108,6 @@ EntryPtr makeStrArray(std::string_view key, const char *const *texts, std::size_
 
 EntryPtr makeByteArray(std::string_view key, std::size_t length) {
   constexpr std::size_t kSlot = sizeof(void *) + sizeof(std::size_t) + sizeof(unsigned int);
-  if (length > kLargestValue / kSlot) {
-    return nullptr;
-  }
-
   return makeArray(BUNDLE_TYPE_BYTE_ARRAY, key, length, length * kSlot);
 }
 
@@ -137,6 +130,16 @@ bool setElement(Entry &byteArray, std::size_t index, const void *bytes, std::siz
   byteArray.slotSizes()[index] = size;
   byteArray.narrowSlotSizes()[index] = static_cast<unsigned int>(size);
   return true;
+}
+
+std::size_t bytesOf(Entry &entry) {
+  if (!entry.isArray()) {
+    return basicBlockSize(entry.keyLength, entry.size);
+  }
+  const std::size_t *const sizes = entry.slotSizes();
+  return Entry::valueOffset(entry.keyLength)
+         + std::accumulate(sizes, sizes + entry.size,
+                           entry.size * (sizeof(void *) + sizeof *sizes));
 }
 
 void freeElements(Entry &entry) {

@@ -41,6 +41,7 @@ struct bundle_keyval_s {
   int type;
 
   bool isArray() const { return (type & BUNDLE_TYPE_ARRAY) != 0; }
+  std::size_t slotCount() const { return isArray() ? size : 0; }
   std::string_view key() const { return {reinterpret_cast<const char *>(this + 1), keyLength}; }
 
   /** Where the value begins, counted from the block's beginning. */
@@ -86,6 +87,9 @@ EntryPtr copyArray(Entry &from);
 
 /** Replaces an element of a byte array; false, and nothing changed, when there is no memory. */
 bool setElement(Entry &byteArray, std::size_t index, const void *bytes, std::size_t size);
+
+/** The memory of an entry and its elements, without what the allocator adds. */
+std::size_t bytesOf(Entry &entry);
 
 /** Releases what an entry holds outside its block. */
 void freeElements(Entry &entry);

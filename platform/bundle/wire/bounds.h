@@ -23,6 +23,24 @@ constexpr std::size_t kLargestValue = PTRDIFF_MAX / 2;
  */
 constexpr std::size_t kRoom = kAddressSanitizer ? 8 : 512;
 
+/**
+ * Keys of a bundle. They, the two bounds that follow and the 64 MiB that a message may have keep
+ * whoever reads a peer's bundle busy for less than 100 ms, whatever is in it.
+ */
+constexpr std::size_t kMaxKeys = 32768;
+
+/** Bytes of all keys of a bundle together, NULs included: finding a key compares them. */
+constexpr std::size_t kMaxKeyBytes = std::size_t{4} << 20;
+
+/** Slots of all arrays of a bundle together: each may be an allocation. */
+constexpr std::size_t kMaxSlots = 262144;
+
+/**
+ * A bundle that held this many bytes gives its memory back to the system when it is freed. The
+ * allocator would keep what lay in small blocks.
+ */
+constexpr std::size_t kTrimFrom = std::size_t{8} << 20;
+
 /** Up to this many keys, looking at each is faster than a tree and needs no memory. */
 constexpr std::size_t kMostUnindexed = 32;
 

@@ -123,12 +123,24 @@ public:
     return reinterpret_cast<const char *>(from);
   }
 
-  /** Whether that many slots can follow. */
-  bool canHold(std::uint32_t slots) const { return slots <= _left / kMinSlotSize; }
+  /** A key; null also when the keys so far are longer than those of a bundle can be. */
+  const char *key(std::size_t size) {
+    const char *const key = text(size);
+    _keyBytes += size;
+    return _keyBytes <= kMaxKeyBytes ? key : nullptr;
+  }
+
+  /** Whether an array of that many slots can follow, and a bundle hold it with those so far. */
+  bool takeSlots(std::uint32_t slots) {
+    _slots += slots;
+    return slots <= _left / kMinSlotSize && _slots <= kMaxSlots;
+  }
 
 private:
   const unsigned char *_next;
   std::size_t _left;
+  std::uint64_t _keyBytes = 0; // what a refused entry claims must not wrap these round
+  std::uint64_t _slots = 0;
 };
 
 int addStrArray(bundle *b, const char *key, std::uint32_t length, Reader &reader) {
@@ -161,7 +173,7 @@ int addByteArray(bundle *b, const char *key, std::uint32_t length, Reader &reade
 }
 
 int addArray(bundle *b, const char *key, const EntryHeader &header, Reader &reader) {
-  if (!reader.canHold(header.size)) {
+  if (!reader.takeSlots(header.size)) {
     return BUNDLE_ERROR_INVALID_PARAMETER;
   }
   return header.type == BUNDLE_TYPE_STR_ARRAY ? addStrArray(b, key, header.size, reader)
@@ -175,7 +187,7 @@ int addEntry(bundle *b, Reader &reader) {
     return BUNDLE_ERROR_INVALID_PARAMETER;
   }
 
-  const char *key = reader.text(header.keySize);
+  const char *key = reader.key(header.keySize);
   switch (header.type) {
   case BUNDLE_TYPE_STR:
     return bundle_add_str(b, key, reader.text(header.size));
@@ -191,7 +203,7 @@ int addEntry(bundle *b, Reader &reader) {
 
 int addEntries(bundle *b, Reader &reader) {
   std::uint32_t count = 0;
-  if (!reader.take(count)) {
+  if (!reader.take(count) || count > kMaxKeys) {
     return BUNDLE_ERROR_INVALID_PARAMETER;
   }
 

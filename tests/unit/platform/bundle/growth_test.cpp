@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr int kMany = 100000;
-
 std::string keyOf(int i) {
   return "key" + std::to_string(i);
 }
@@ -112,24 +110,6 @@ TEST(AKey, OfAnyLengthIsFound) {
     ASSERT_STREQ(bundle_get_val(b.get(), key.c_str()), "text");
     ASSERT_EQ(keysOf(b.get()), std::vector<std::string>{key});
   }
-}
-
-TEST(AHundredThousandKeys, AreAllFound) {
-  const BundlePtr b = bundleOf(kMany);
-
-  for (int i = 0; i < kMany; ++i) {
-    ASSERT_STREQ(bundle_get_val(b.get(), keyOf(i).c_str()), std::to_string(i).c_str());
-  }
-}
-
-TEST(AHundredThousandKeys, CanBeDeletedOneByOne) {
-  const BundlePtr b = bundleOf(kMany);
-
-  for (int i = kMany; i-- > 0;) {
-    ASSERT_EQ(bundle_del(b.get(), keyOf(i).c_str()), BUNDLE_ERROR_NONE);
-  }
-
-  EXPECT_EQ(bundle_get_count(b.get()), 0);
 }
 
 } // namespace
