@@ -34,8 +34,7 @@ constexpr std::size_t kMaxSteps = 64;
 
 int listeningSocket() {
   static const auto *const socket = [] {
-    int error = 0;
-    return ListeningSocket::open(kHostileAppId, kPortName, error).release();
+    return ListeningSocket::open(kHostileAppId, kPortName).release();
   }();
   check(socket != nullptr, "a hostile stub can listen");
   return socket->descriptor();

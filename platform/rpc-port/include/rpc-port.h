@@ -352,15 +352,15 @@ int rpc_port_stub_destroy(rpc_port_stub_h h);
 
 /**
  * @brief Begins to take connections.
- * @details What goes wrong is in the log under the tag RPC_PORT, with what to do about it.
+ * @details The log says what went wrong, under the tag RPC_PORT, and what to do about it.
  * @param[in] h The stub
  * @return 0 on success, otherwise a negative error value
  * @retval #RPC_PORT_ERROR_NONE              Success
  * @retval #RPC_PORT_ERROR_INVALID_PARAMETER @a h is NULL or has been destroyed
- * @retval #RPC_PORT_ERROR_IO_ERROR          The process has no app id (see app_get_id()), the port
- *                                           is listened on already, or the system refuses a socket
- * @retval #RPC_PORT_ERROR_PERMISSION_DENIED The ports' directory is not the user's alone
- * @retval #RPC_PORT_ERROR_OUT_OF_MEMORY     There is no memory for it
+ * @retval #RPC_PORT_ERROR_IO_ERROR          Any other failure: the process has no app id (see
+ *                                           app_get_id()), the port is listened on already, the
+ *                                           ports' directory is not the user's alone, or sockets,
+ *                                           memory or /proc are missing
  */
 int rpc_port_stub_listen(rpc_port_stub_h h);
 

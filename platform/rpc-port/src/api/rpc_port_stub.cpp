@@ -60,7 +60,9 @@ int rpc_port_stub_listen(rpc_port_stub_h h) {
   if (!stub) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
-  return rpc::guarded([&] { return stub->listen(); });
+  // One code for every failure: the stubs that applications are built with take any other code than
+  // this one and INVALID_PARAMETER for success.
+  return stub->listen() ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_IO_ERROR;
 }
 
 int rpc_port_stub_add_connected_event_cb(rpc_port_stub_h h, rpc_port_stub_connected_event_cb cb,

@@ -3,10 +3,12 @@
 
 #include "common/bounds.h"
 #include "common/log.h"
+#include "socket/spareDescriptors.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 #include <sys/socket.h>
 #include <utility>
 #include <vector>
@@ -24,7 +26,8 @@ std::vector<Acceptor *> &acceptors() {
 } // namespace
 
 Acceptor::Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby)
-    : _socket(std::move(socket)), _lobby(lobby), _watch(*this), _rest(&Acceptor::onRested, this) {
+    : _socket(std::move(socket)), _lobby(lobby), _watch(*this),
+      _pause(&Acceptor::onPauseOver, this) {
   acceptors().push_back(this);
 }
 
@@ -59,8 +62,15 @@ void Acceptor::acceptWaiting() {
 
 /// @return Whether there may be another one.
 bool Acceptor::acceptOne() {
+  if (!hasSpareDescriptors(kDescriptorReserve + 1)) {
+    if (isWaiting()) {
+      pause("the last descriptors are left to the application");
+    }
+    return false;
+  }
   Descriptor socket(accept4(_socket->descriptor(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
   if (socket) {
+    _isShort = false;
     _lobby.add(std::move(socket));
     return true;
   }
@@ -70,20 +80,27 @@ bool Acceptor::acceptOne() {
   if (errno == ECONNABORTED || errno == EINTR) {
     return true;
   }
-  if (!_rest.isRunning()) {
-    rest();
-  }
+  pause(std::strerror(errno));
   return false;
 }
 
-/// The socket stays readable: watched on, it would keep the loop busy until a descriptor is free.
-void Acceptor::rest() {
-  dlog_print(DLOG_WARN, kLogTag, "accepting rests for a moment: %s", std::strerror(errno));
-  _watch.update(false, false);
-  _rest.start(kAcceptPauseSeconds);
+bool Acceptor::isWaiting() const {
+  pollfd entry = {_socket->descriptor(), POLLIN, 0};
+  return poll(&entry, 1, 0) == 1;
 }
 
-void Acceptor::onRested(void *data) {
+/// The socket stays readable: if it were still watched, it would keep the loop busy.
+void Acceptor::pause(const char *reason) {
+  if (!std::exchange(_isShort, true)) {
+    dlog_print(DLOG_WARN, kLogTag, "new connections have to wait: %s", reason);
+  }
+  if (!_pause.isRunning()) {
+    _watch.update(false, false);
+    _pause.start(kAcceptPauseSeconds);
+  }
+}
+
+void Acceptor::onPauseOver(void *data) {
   static_cast<Acceptor *>(data)->_watch.update(true, false);
 }
 

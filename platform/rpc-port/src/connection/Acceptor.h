@@ -12,7 +12,7 @@
 
 namespace platform::rpc_port {
 
-/// Accepts what connects to a stub, and rests for a while when descriptors have run out.
+/// Accepts what connects to a stub, and pauses while descriptors or memory are short.
 class Acceptor final : private FdWatch::Target {
 public:
   Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby);
@@ -29,16 +29,18 @@ public:
   static bool serve(const std::string &appId, const std::string &port);
 
 private:
-  static void onRested(void *data);
+  static void onPauseOver(void *data);
   void descriptorReady(FdWatch::Events events) override;
   void acceptWaiting();
   bool acceptOne();
-  void rest();
+  bool isWaiting() const;
+  void pause(const char *reason);
 
   std::unique_ptr<ListeningSocket> _socket;
   Lobby &_lobby;
   FdWatch _watch;
-  Timer _rest;
+  Timer _pause;
+  bool _isShort = false; // The log has said so since the last connection was accepted.
 };
 
 } // namespace platform::rpc_port

@@ -14,14 +14,14 @@ namespace {
 
 constexpr int kSweepsUntilSentAway = 2;
 
-/// @return The process at the other end, or 0 when it is not of this user.
-pid_t findPeer(int socket) {
+/// @return The process at the other end, or nothing when it is not of this user.
+std::optional<pid_t> findPeer(int socket) {
   ucred peer = {};
   socklen_t size = sizeof peer;
   if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 || peer.uid != geteuid()) {
-    return 0;
+    return std::nullopt;
   }
-  return peer.pid;
+  return peer.pid; // 0 for a process of another PID namespace, which is as welcome.
 }
 
 } // namespace
@@ -30,15 +30,15 @@ Lobby::Lobby(Owner &owner, double sweepSeconds)
     : _owner(owner), _sweepSeconds(sweepSeconds), _sweep(&Lobby::onSweep, this) {}
 
 void Lobby::add(Descriptor socket) {
-  const pid_t process = findPeer(socket.get());
-  if (process == 0) {
+  const std::optional<pid_t> process = findPeer(socket.get());
+  if (!process) {
     dlog_print(DLOG_WARN, kLogTag, "a process of another user is refused");
     return;
   }
   if (_guests.size() == kMaxGuests) {
     sendAway(_guests.begin(), "it has waited longest, and too many wait");
   }
-  Guest guest{std::make_unique<Channel>(std::move(socket), FrameKind::Hello), process, {}};
+  Guest guest{std::make_unique<Channel>(std::move(socket), FrameKind::Hello), *process, {}};
   if (!guest.channel->attach(*this, true)) {
     return;
   }

@@ -2,8 +2,10 @@
 #include "connection/Stub.h"
 
 #include "common/log.h"
+#include "common/printable.h"
 #include "socket/Names.h"
 
+#include <new>
 #include <utility>
 
 namespace platform::rpc_port {
@@ -19,30 +21,45 @@ bool welcome(Channel &channel) {
 
 } // namespace
 
-int Stub::listen() {
-  if (_acceptor) {
-    dlog_print(DLOG_ERROR, kLogTag, "the stub of port %s listens already", _portName.c_str());
-    return RPC_PORT_ERROR_IO_ERROR;
-  }
+bool Stub::listen() try {
   const std::string appId = ownAppId();
-  if (!EcoreUse::isReady() || !isAppId(appId)) {
-    dlog_print(DLOG_ERROR, kLogTag,
-               "port %s cannot be listened on: this process has no app id (\"%s\"); set AUL_APPID",
-               _portName.c_str(), appId.c_str());
-    return RPC_PORT_ERROR_IO_ERROR;
+  if (const std::string fault = findFault(appId); !fault.empty()) {
+    dlog_print(DLOG_ERROR, kLogTag, "port %s cannot be listened on: %s",
+               printable(_portName).c_str(), fault.c_str());
+    return false;
   }
-  int error = RPC_PORT_ERROR_NONE;
-  std::unique_ptr<ListeningSocket> socket = ListeningSocket::open(appId, _portName, error);
+  std::unique_ptr<ListeningSocket> socket = ListeningSocket::open(appId, _portName);
   if (!socket) {
-    return error;
+    return false;
   }
-  _lobby = std::make_shared<Lobby>(*this);
-  auto acceptor = std::make_unique<Acceptor>(std::move(socket), *_lobby);
+  auto lobby = std::make_shared<Lobby>(*this);
+  auto acceptor = std::make_unique<Acceptor>(std::move(socket), *lobby);
   if (!acceptor->start()) {
-    return RPC_PORT_ERROR_IO_ERROR;
+    return false;
   }
+  _lobby = std::move(lobby);
   _acceptor = std::move(acceptor);
-  return RPC_PORT_ERROR_NONE;
+  return true;
+} catch (const std::bad_alloc &) {
+  dlog_print(DLOG_ERROR, kLogTag, "a port cannot be listened on: there is no memory for it");
+  return false;
+}
+
+/// @return Why this process cannot listen as `appId`, or an empty text.
+std::string Stub::findFault(const std::string &appId) const {
+  if (_acceptor) {
+    return "this stub listens already";
+  }
+  if (!EcoreUse::isReady()) {
+    return "there is no main loop; a message before this one says why";
+  }
+  if (appId.empty()) {
+    return "this process has no app id; set AUL_APPID";
+  }
+  if (!isAppId(appId)) {
+    return "the app id \"" + printable(appId) + "\" is no file name; set AUL_APPID";
+  }
+  return {};
 }
 
 void Stub::destroy() {

@@ -24,8 +24,8 @@ class Stub final : public std::enable_shared_from_this<Stub>,
 public:
   explicit Stub(std::string portName) : _portName(std::move(portName)) {}
 
-  /// @return An rpc_port_error_e.
-  int listen();
+  /// @return Success; the log says what went wrong.
+  bool listen();
   /// Ends everything; no event follows. Its own handlers may call it.
   void destroy();
 
@@ -37,6 +37,7 @@ public:
   void addReceived(rpc_port_stub_received_event_cb callback, void *userData);
 
 private:
+  std::string findFault(const std::string &appId) const;
   bool hasReceivers() const override { return !_received.empty(); }
   int messageReady(Connection &connection, rpc_port_h port) override;
   void connectionEnded(Connection &connection) override;

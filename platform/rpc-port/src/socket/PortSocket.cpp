@@ -2,6 +2,7 @@
 #include "socket/PortSocket.h"
 
 #include "common/log.h"
+#include "common/printable.h"
 #include "socket/RuntimeDirectory.h"
 
 #include <cerrno>
@@ -56,9 +57,19 @@ bool lock(int directory) {
 }
 
 int logFailureOf(const std::string &appId, const std::string &port, const char *what, int number) {
-  dlog_print(DLOG_ERROR, kLogTag, "%s/%s %s: %s", appId.c_str(), port.c_str(), what,
-             std::strerror(number));
+  dlog_print(DLOG_ERROR, kLogTag, "%s/%s %s: %s", printable(appId).c_str(), printable(port).c_str(),
+             what, std::strerror(number));
   return RPC_PORT_ERROR_IO_ERROR;
+}
+
+/// Without /proc, every address fails as if nothing were there.
+bool hasProc() {
+  if (access("/proc/self/fd", X_OK) == 0) {
+    return true;
+  }
+  dlog_print(DLOG_ERROR, kLogTag,
+             "/proc is not mounted, and ports are reached through it: mount -t proc proc /proc");
+  return false;
 }
 
 int toError(int number) {
@@ -73,20 +84,18 @@ ListeningSocket::ListeningSocket(Descriptor directory, std::string appId, std::s
       _socket(newSocket()) {}
 
 std::unique_ptr<ListeningSocket> ListeningSocket::open(const std::string &appId,
-                                                       const std::string &port, int &error) {
+                                                       const std::string &port) {
   OpenedDirectory directory = openPortDirectory(appId, DirectoryUse::Listen);
-  error = directory.error;
-  if (!directory.descriptor) {
+  if (!directory.descriptor || !hasProc()) {
     return nullptr;
   }
   std::unique_ptr<ListeningSocket> self(
       new ListeningSocket(std::move(directory.descriptor), appId, port));
   if (!self->_socket) {
-    error = self->logFailure("gets no socket", errno);
+    (void)self->logFailure("gets no socket", errno);
     return nullptr;
   }
-  error = self->bindAlone();
-  return error == RPC_PORT_ERROR_NONE ? std::move(self) : nullptr;
+  return self->bindAlone() ? std::move(self) : nullptr;
 }
 
 ListeningSocket::~ListeningSocket() {
@@ -107,27 +116,26 @@ bool ListeningSocket::isOf(const std::string &appId, const std::string &port) co
   return _socket && _appId == appId && _port == port;
 }
 
-int ListeningSocket::logFailure(const char *what, int number) const {
-  return logFailureOf(_appId, _port, what, number);
+/// @return false, for the caller to return.
+bool ListeningSocket::logFailure(const char *what, int number) const {
+  (void)logFailureOf(_appId, _port, what, number);
+  return false;
 }
 
 /// Between finding a stale file and replacing it, no other stub may come to the same conclusion.
-int ListeningSocket::bindAlone() {
+bool ListeningSocket::bindAlone() {
   if (!lock(_directory.get())) {
     return logFailure("is locked by another process", EWOULDBLOCK);
   }
-  int error = removeStale();
-  if (error == RPC_PORT_ERROR_NONE) {
-    error = bindAndListen();
-  }
+  const bool isListening = removeStale() && bindAndListen();
   (void)flock(_directory.get(), LOCK_UN);
-  return error;
+  return isListening;
 }
 
-int ListeningSocket::removeStale() {
+bool ListeningSocket::removeStale() {
   struct stat status = {};
   if (fstatat(_directory.get(), _port.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-    return errno == ENOENT ? RPC_PORT_ERROR_NONE : logFailure("cannot be looked at", errno);
+    return errno == ENOENT || logFailure("cannot be examined", errno);
   }
   if (!S_ISSOCK(status.st_mode)) {
     return logFailure("is in the way and no socket: remove it", EEXIST);
@@ -143,10 +151,10 @@ int ListeningSocket::removeStale() {
   if (unlinkat(_directory.get(), _port.c_str(), 0) != 0 && errno != ENOENT) {
     return logFailure("cannot be replaced", errno);
   }
-  return RPC_PORT_ERROR_NONE;
+  return true;
 }
 
-int ListeningSocket::bindAndListen() {
+bool ListeningSocket::bindAndListen() {
   const sockaddr_un address = addressOf(_directory.get(), _port);
   if (bind(_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
     return logFailure("cannot be bound", errno);
@@ -159,7 +167,7 @@ int ListeningSocket::bindAndListen() {
   if (listen(_socket.get(), SOMAXCONN) != 0) {
     return logFailure("cannot be listened on", errno);
   }
-  return RPC_PORT_ERROR_NONE;
+  return true;
 }
 
 ConnectedSocket connectToPort(const std::string &appId, const std::string &port) {
@@ -169,6 +177,9 @@ ConnectedSocket connectToPort(const std::string &appId, const std::string &port)
   const OpenedDirectory directory = openPortDirectory(appId, DirectoryUse::Connect);
   if (!directory.descriptor) {
     return failed(directory.error);
+  }
+  if (!hasProc()) {
+    return failed(RPC_PORT_ERROR_IO_ERROR);
   }
   struct stat status = {};
   // connect() would follow a link to wherever it leads.

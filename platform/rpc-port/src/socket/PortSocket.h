@@ -15,10 +15,9 @@ class ListeningSocket {
 public:
   /**
    * @brief Begins to listen; a file that nobody listens on is replaced.
-   * @return The socket, or nullptr with `error` set to an rpc_port_error_e (and logged).
+   * @return The socket, or nullptr; the log says why.
    */
-  static std::unique_ptr<ListeningSocket> open(const std::string &appId, const std::string &port,
-                                               int &error);
+  static std::unique_ptr<ListeningSocket> open(const std::string &appId, const std::string &port);
   ~ListeningSocket();
   ListeningSocket(const ListeningSocket &) = delete;
   ListeningSocket &operator=(const ListeningSocket &) = delete;
@@ -28,10 +27,10 @@ public:
 
 private:
   ListeningSocket(Descriptor directory, std::string appId, std::string port);
-  int bindAlone();
-  int removeStale();
-  int bindAndListen();
-  int logFailure(const char *what, int number) const;
+  bool bindAlone();
+  bool removeStale();
+  bool bindAndListen();
+  bool logFailure(const char *what, int number) const;
 
   Descriptor _directory;
   std::string _appId;

@@ -2,6 +2,7 @@
 #include "socket/RuntimeDirectory.h"
 
 #include "common/log.h"
+#include "common/printable.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -16,15 +17,19 @@ namespace platform::rpc_port {
 
 namespace {
 
-/// A directory on the way, with its path for the log.
+/// One opened directory of the path, with its path for the log.
 struct Step {
   Descriptor descriptor;
   std::string path;
   int error;
 };
 
+bool isNotDirectory(int number) {
+  return number == ELOOP || number == ENOTDIR;
+}
+
 int toError(int number) {
-  const bool denied = number == EACCES || number == EPERM || number == ELOOP || number == ENOTDIR;
+  const bool denied = number == EACCES || number == EPERM || isNotDirectory(number);
   return denied ? RPC_PORT_ERROR_PERMISSION_DENIED : RPC_PORT_ERROR_IO_ERROR;
 }
 
@@ -32,27 +37,35 @@ Step failed(const std::string &path, int error) {
   return {Descriptor(), path, error};
 }
 
+/// What to do about a path that cannot be opened. Only its owner is told to remove something.
+const char *findRemedy(const std::string &path, int number) {
+  if (!isNotDirectory(number)) {
+    return "check the directory and XDG_RUNTIME_DIR";
+  }
+  struct stat status = {};
+  const bool isOwn = lstat(path.c_str(), &status) == 0 && status.st_uid == geteuid();
+  return isOwn ? "it has to be a directory and no symbolic link; remove it"
+               : "it belongs to another user; set XDG_RUNTIME_DIR to a directory of your own";
+}
+
 Step failedToOpen(const std::string &path, DirectoryUse use, int number) {
-  // To a proxy, a directory that is not there says that the application does not run.
+  // To a proxy, a missing directory only says that the application does not run.
   if (number != ENOENT || use == DirectoryUse::Listen) {
-    const bool notPlain = number == ELOOP || number == ENOTDIR;
-    dlog_print(DLOG_ERROR, kLogTag, "%s cannot be opened (%s): %s", path.c_str(),
-               std::strerror(number),
-               notPlain ? "it has to be a directory and no symbolic link; remove it"
-                        : "check the directory and XDG_RUNTIME_DIR");
+    dlog_print(DLOG_ERROR, kLogTag, "%s cannot be opened (%s): %s", printable(path).c_str(),
+               std::strerror(number), findRemedy(path, number));
   }
   return failed(path, toError(number));
 }
 
-/// @return An empty text for a directory that can be trusted, else what is wrong with it.
+/// @return nullptr for a directory that can be trusted, else what is wrong with it.
 const char *findFault(const struct stat &status, mode_t forbidden) {
   if (status.st_uid != geteuid()) {
-    return "belongs to another user: remove it, or set XDG_RUNTIME_DIR to a directory of your own";
+    return "belongs to another user: set XDG_RUNTIME_DIR to a directory of your own";
   }
   if ((status.st_mode & forbidden) != 0) {
     return "is open to other users: chmod 700 it";
   }
-  return "";
+  return nullptr;
 }
 
 Step check(Step step, mode_t forbidden) {
@@ -61,10 +74,10 @@ Step check(Step step, mode_t forbidden) {
     return failed(step.path, RPC_PORT_ERROR_IO_ERROR);
   }
   const char *fault = findFault(status, forbidden);
-  if (*fault == '\0') {
+  if (fault == nullptr) {
     return step;
   }
-  dlog_print(DLOG_ERROR, kLogTag, "%s %s", step.path.c_str(), fault);
+  dlog_print(DLOG_ERROR, kLogTag, "%s %s", printable(step.path).c_str(), fault);
   return failed(step.path, RPC_PORT_ERROR_PERMISSION_DENIED);
 }
 
@@ -95,14 +108,14 @@ Step openAt(const std::string &path, DirectoryUse use) {
 
 std::string environment(const char *name) {
   const char *value = std::getenv(name);
-  return value && *value == '/' ? value : "";
+  return value != nullptr && *value == '/' ? value : "";
 }
 
-/// The directory of all applications' ports.
+/// Opens the directory with the ports of all applications.
 Step openBase(DirectoryUse use) {
   if (const std::string runtime = environment("XDG_RUNTIME_DIR"); !runtime.empty()) {
     Step step = openAt(runtime, use);
-    // Readers of the user's own directory see names there; what we make in it is closed to them.
+    // Others may read the user's runtime directory; what is created in it is closed to them.
     return enter(step.descriptor ? check(std::move(step), 022) : std::move(step), "rpc-port", use);
   }
   const std::string temporary = environment("TMPDIR");

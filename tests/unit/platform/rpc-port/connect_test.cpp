@@ -238,6 +238,36 @@ TEST_F(Connecting, RefusesNamesThatAreNoFileNames) {
             RPC_PORT_ERROR_INVALID_PARAMETER);
 }
 
+/// A command that starts a program in a PID namespace of its own, or nothing.
+std::vector<std::string> pidNamespace() {
+  for (const std::string user : {"", "--user --map-root-user "}) {
+    if (std::system(("unshare " + user + "--pid --fork true 2>/dev/null").c_str()) == 0) {
+      std::vector<std::string> command{"unshare", "--pid", "--fork", "--kill-child"};
+      if (!user.empty()) {
+        command.insert(command.end(), {"--user", "--map-root-user"});
+      }
+      return command;
+    }
+  }
+  return {};
+}
+
+TEST_F(Connecting, SucceedsAcrossPidNamespaces) {
+  const std::vector<std::string> launcher = pidNamespace();
+  if (launcher.empty()) {
+    GTEST_SKIP() << "this user may not create a PID namespace";
+  }
+  const Program peer("stub", launcher); // To whom this process has no process id.
+  ASSERT_TRUE(peer.isReady());
+  ProxyEnd proxy;
+
+  const int result = rpc_port_proxy_connect_sync(proxy.handle, Program::kAppId, kPort);
+
+  EXPECT_EQ(result, RPC_PORT_ERROR_NONE);
+  sendText(proxy.port(RPC_PORT_PORT_MAIN), "hello");
+  EXPECT_EQ(takeText(proxy.port(RPC_PORT_PORT_MAIN)), "hello");
+}
+
 class ConnectingAtOnce : public Runtime {};
 
 TEST_F(ConnectingAtOnce, HasRaisedConnectedWhenItReturns) {

@@ -118,29 +118,29 @@ TEST_F(Listening, DoesNotFollowALinkInPlaceOfADirectory) {
   fs::create_directory_symlink(directory() + "/elsewhere", directory() + "/rpc-port");
   StubEnd stub;
 
-  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_PERMISSION_DENIED);
+  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_IO_ERROR);
 
   EXPECT_TRUE(fs::is_empty(directory() + "/elsewhere"));
 }
 
-TEST_F(Listening, IsDeniedInADirectoryThatOthersCanWriteTo) {
+TEST_F(Listening, FailsInADirectoryThatOthersCanWriteTo) {
   fs::permissions(directory(), fs::perms(0770));
   StubEnd stub;
 
-  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_PERMISSION_DENIED);
+  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_IO_ERROR);
 }
 
-TEST_F(Listening, IsDeniedWhereTheApplicationsDirectoryIsOpenToOthers) {
+TEST_F(Listening, FailsWhereTheApplicationsDirectoryIsOpenToOthers) {
   fs::create_directory(directory() + "/rpc-port");
   fs::permissions(directory() + "/rpc-port", fs::perms::owner_all);
   fs::create_directory(directory() + "/rpc-port/" + kAppId);
   fs::permissions(directory() + "/rpc-port/" + kAppId, fs::perms(0750));
   StubEnd stub;
 
-  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_PERMISSION_DENIED);
+  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_IO_ERROR);
 }
 
-TEST_F(Listening, IsDeniedInADirectoryOfAnotherUser) {
+TEST_F(Listening, FailsInADirectoryOfAnotherUser) {
   if (geteuid() != 0) {
     GTEST_SKIP() << "only root can give a directory away";
   }
@@ -149,7 +149,7 @@ TEST_F(Listening, IsDeniedInADirectoryOfAnotherUser) {
   ASSERT_EQ(chown((directory() + "/rpc-port").c_str(), 12345, 12345), 0);
   StubEnd stub;
 
-  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_PERMISSION_DENIED);
+  EXPECT_EQ(stub.listen(), RPC_PORT_ERROR_IO_ERROR);
 }
 
 TEST_F(Listening, FailsWithoutAnAppId) {

@@ -80,6 +80,51 @@ TEST_F(RunningOutOfDescriptors, MakesConnectionsWaitUntilThereAreSome) {
   EXPECT_TRUE(runUntil([&] { return stub.instances.size() == 2; }));
 }
 
+/// As many files as an application may want to open at once; those that could be opened are closed.
+int countOpenableFiles() {
+  std::vector<int> files;
+  for (int file = open("/dev/null", O_RDONLY | O_CLOEXEC); file >= 0;
+       file = open("/dev/null", O_RDONLY | O_CLOEXEC)) {
+    files.push_back(file);
+  }
+  for (const int file : files) {
+    close(file);
+  }
+  return static_cast<int>(files.size());
+}
+
+TEST_F(RunningOutOfDescriptors, LeavesTheApplicationSomeWhileConnectionsWait) {
+  std::vector<std::unique_ptr<RawSocket>> crowd;
+  for (int i = 0; i < 60; ++i) {
+    crowd.push_back(RawSocket::connectTo(socketPath(kPort)));
+    ASSERT_NE(crowd.back(), nullptr);
+    crowd.back()->send(
+        frame(kHello, hello(i % 2 == 0 ? 0 : 1, std::to_string(i / 2), "org.example.raw")));
+  }
+  const DescriptorLimit few(static_cast<rlim_t>(countDescriptors()) + 40);
+
+  EXPECT_TRUE(runUntil([&] { return stub.instances.size() >= 10; }));
+  settle();
+
+  EXPECT_GE(countOpenableFiles(), 8);
+  EXPECT_TRUE(isLoopIdle());
+}
+
+TEST_F(RunningOutOfDescriptors, LeavesTheApplicationSomeWhicheverNumbersAreTaken) {
+  const auto used = static_cast<rlim_t>(countDescriptors());
+  const DescriptorLimit few(used + 40);
+  const int high = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, static_cast<int>(used) + 30);
+  std::vector<std::unique_ptr<RawSocket>> crowd;
+  for (auto one = RawSocket::connectTo(socketPath(kPort)); one && crowd.size() < 20;
+       one = RawSocket::connectTo(socketPath(kPort))) {
+    crowd.push_back(std::move(one));
+  }
+  settle();
+
+  EXPECT_GE(countOpenableFiles(), 8);
+  close(high);
+}
+
 TEST_F(RunningOutOfDescriptors, LeavesTheLoopIdle) {
   const auto main = RawSocket::connectTo(socketPath(kPort));
   const DescriptorLimit none(3);

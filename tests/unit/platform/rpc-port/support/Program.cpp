@@ -23,7 +23,7 @@ bool waitForByte(int descriptor) {
 
 } // namespace
 
-Program::Program(const std::string &role) {
+Program::Program(const std::string &role, std::vector<std::string> launcher) {
   std::array<int, 2> pipe{};
   if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
     return;
@@ -31,11 +31,15 @@ Program::Program(const std::string &role) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
-  std::string path = RPC_PORT_PEER;
-  std::string argument = role;
-  std::array<char *, 3> arguments{path.data(), argument.data(), nullptr};
+  launcher.emplace_back(RPC_PORT_PEER);
+  launcher.push_back(role);
+  std::vector<char *> arguments;
+  for (std::string &argument : launcher) {
+    arguments.push_back(argument.data());
+  }
+  arguments.push_back(nullptr);
   const int result =
-      posix_spawn(&_process, path.c_str(), &actions, nullptr, arguments.data(), environ);
+      posix_spawnp(&_process, arguments[0], &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   close(pipe[1]);
   _isReady = result == 0 && waitForByte(pipe[0]);

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace rpc_test {
 
@@ -17,7 +18,8 @@ public:
   static constexpr const char *kAppId = "org.example.peer";
 
   /// Starts it, and waits until it says on its standard output that it is ready.
-  explicit Program(const std::string &role);
+  /// @param launcher A command that starts it, such as unshare with its options; may be empty.
+  explicit Program(const std::string &role, std::vector<std::string> launcher = {});
   ~Program();
   Program(const Program &) = delete;
   Program &operator=(const Program &) = delete;
