@@ -7,7 +7,7 @@ namespace platform::rpc_port {
 template <typename Object>
 class LinkedList;
 
-/// What an object has in it to be in a LinkedList.
+/// The hook of an intrusive list: the base of objects that can be in a LinkedList.
 template <typename Object>
 class Linked {
 private:
@@ -17,27 +17,24 @@ private:
   Object *_next = nullptr;
 };
 
-/// A list of objects that exist anyway: being in it takes no memory and cannot fail.
+/// An intrusive list: the objects carry the links, so adding one allocates nothing and cannot fail.
 template <typename Object>
 class LinkedList {
 public:
   Object *first() const { return _first; }
   static Object *after(const Object &object) { return links(object)._next; }
 
+  /// Adds the object at the end.
   void add(Object &object) {
-    links(object)._next = _first;
-    if (_first) {
-      links(*_first)._previous = &object;
-    }
-    _first = &object;
+    links(object)._previous = _last;
+    (_last != nullptr ? links(*_last)._next : _first) = &object;
+    _last = &object;
   }
 
   void remove(Object &object) {
     Linked<Object> &own = links(object);
-    (own._previous ? links(*own._previous)._next : _first) = own._next;
-    if (own._next) {
-      links(*own._next)._previous = own._previous;
-    }
+    (own._previous != nullptr ? links(*own._previous)._next : _first) = own._next;
+    (own._next != nullptr ? links(*own._next)._previous : _last) = own._previous;
     own = {};
   }
 
@@ -46,6 +43,7 @@ private:
   static const Linked<Object> &links(const Object &object) { return object; }
 
   Object *_first = nullptr;
+  Object *_last = nullptr;
 };
 
 } // namespace platform::rpc_port

@@ -2,6 +2,8 @@
 #ifndef PLATFORM_RPC_PORT_LOOP_JOB_H
 #define PLATFORM_RPC_PORT_LOOP_JOB_H
 
+#include "common/LinkedList.h"
+
 namespace platform::rpc_port {
 
 /**
@@ -10,7 +12,7 @@ namespace platform::rpc_port {
  *          for the rest of the process. File descriptor handlers stand it, and these jobs are run
  *          by one.
  */
-class Job {
+class Job : public Linked<Job> {
 public:
   /// What is called. It may destroy the job from inside the call.
   using Function = void (*)(void *data);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "loop/JobQueue.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <sys/eventfd.h>
@@ -40,20 +39,22 @@ void JobQueue::close() {
 
 bool JobQueue::reopen() {
   close();
-  while (!_jobs.empty()) {
-    remove(*_jobs.front());
+  while (_jobs.first() != nullptr) {
+    remove(*_jobs.first());
   }
   return open();
 }
 
 void JobQueue::add(Job &job) {
-  _jobs.push_back(&job);
+  _jobs.add(job);
+  ++_count;
   job._isPlanned = true;
   signal();
 }
 
 void JobQueue::remove(Job &job) {
-  _jobs.erase(std::remove(_jobs.begin(), _jobs.end(), &job), _jobs.end());
+  _jobs.remove(job);
+  --_count;
   job._isPlanned = false;
 }
 
@@ -62,10 +63,10 @@ void JobQueue::descriptorReady(FdWatch::Events /*events*/) {
   std::uint64_t count = 0;
   (void)!read(_event.get(), &count, sizeof count);
   _isSignalled = false;
-  for (std::size_t left = _jobs.size(); left > 0 && !_jobs.empty(); --left) {
-    Job &job = *_jobs.front();
+  for (std::size_t left = _count; left > 0 && _count > 0; --left) {
+    Job &job = *_jobs.first();
     remove(job);
-    if (!_jobs.empty()) {
+    if (_count > 0) {
       signal(); // Before the call: the job may throw, or run a loop of its own.
     }
     job._function(job._data);

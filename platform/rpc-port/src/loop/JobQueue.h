@@ -6,7 +6,7 @@
 #include "loop/Job.h"
 #include "socket/Descriptor.h"
 
-#include <deque>
+#include <cstddef>
 
 namespace platform::rpc_port {
 
@@ -31,7 +31,8 @@ private:
 
   Descriptor _event;
   FdWatch _watch;
-  std::deque<Job *> _jobs;
+  LinkedList<Job> _jobs; // Planning a job allocates nothing: connections end also without memory.
+  std::size_t _count = 0;
   bool _isSignalled = false;
 };
 
