@@ -40,6 +40,11 @@ else()
 endif()
 message(STATUS "The platform's interfaces come from: ${norix_platform}")
 
+# What norix-assistant needs of it wherever the interfaces come from.
+add_subdirectory(${PROJECT_SOURCE_DIR}/platform/ecore ${PROJECT_BINARY_DIR}/platform/ecore)
+add_subdirectory(${PROJECT_SOURCE_DIR}/platform/application/manifest
+                 ${PROJECT_BINARY_DIR}/platform/application/manifest)
+
 if(norix_platform STREQUAL "device")
   foreach(module IN LISTS norix_platform_modules)
     norix_import_module(${module})

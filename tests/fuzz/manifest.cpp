@@ -12,11 +12,11 @@
 
 namespace {
 
-using application::DeclaredApplication;
-using application::Manifest;
-using application::ManifestError;
-using application::ManifestReader;
 using fuzz::check;
+using platform::application::DeclaredApplication;
+using platform::application::Manifest;
+using platform::application::ManifestError;
+using platform::application::ManifestReader;
 
 constexpr const char *kName = "tizen-manifest.xml";
 
@@ -37,7 +37,7 @@ std::string written(const DeclaredApplication &application) {
   std::string text = "<service-application" + attribute("appid", application.id)
                      + attribute("exec", application.exec) + attribute("type", application.type)
                      + "><label>" + escaped(application.label) + "</label>";
-  for (const application::Metadata &entry : application.metadata) {
+  for (const platform::application::Metadata &entry : application.metadata) {
     text += "<metadata" + attribute("key", entry.key) + attribute("value", entry.value) + "/>";
   }
   return text + "</service-application>";
@@ -56,7 +56,7 @@ void checkManifest(const Manifest &manifest) {
   check(!manifest.package.empty() && !manifest.applications.empty(),
         "a manifest names its package and declares an application");
   for (const DeclaredApplication &application : manifest.applications) {
-    check(application::isUsableAppId(application.id), "an id can be part of a path");
+    check(platform::application::isUsableAppId(application.id), "an id can be part of a path");
     const DeclaredApplication *found = manifest.find(application.id);
     check(found != nullptr && found->id == application.id, "an application is found by its id");
     check(std::none_of(application.metadata.begin(), application.metadata.end(),

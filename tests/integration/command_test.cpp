@@ -134,6 +134,15 @@ TEST_F(TheAssistantCommand, SaysHowToStartAnApplicationThatIsNotRunning) {
                                  HasSubstr("norix-assistant launch")));
 }
 
+TEST_F(TheAssistantCommand, NeedsNeitherAHomeNorARuntimeFolder) {
+  unsetenv("XDG_RUNTIME_DIR");
+
+  const Outcome outcome =
+      runAssistant({"state", "org.example.absent"}, {{"HOME", "/proc/no/home"}});
+
+  EXPECT_EQ(outcome.status, CannotConnect) << outcome.err;
+}
+
 TEST_F(TheAssistantCommand, SaysWhereTheAllowListIsThatRefusesIt) {
   TestApplication::Options options;
   options.allowList = runtime.write("allow_list.dat", "com.example.other\n");

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace application {
+namespace platform::application {
 
 /**
  * @brief Whether the id names an application and nothing else once it is part of a path.
@@ -13,6 +13,6 @@ namespace application {
  */
 bool isUsableAppId(std::string_view appId);
 
-} // namespace application
+} // namespace platform::application
 
 #endif

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace application {
+namespace platform::application {
 
 /** @brief One metadata entry of an application. */
 struct Metadata {
@@ -40,6 +40,6 @@ struct Manifest {
   }
 };
 
-} // namespace application
+} // namespace platform::application
 
 #endif

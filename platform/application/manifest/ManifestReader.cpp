@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace application {
+namespace platform::application {
 namespace {
 
 constexpr std::array<const char *, 4> kApplicationElements{
@@ -187,4 +187,4 @@ void ManifestReader::refuse(std::ptrdiff_t offset, const std::string &problem) c
                       _name + ":" + std::to_string(line) + ": " + problem);
 }
 
-} // namespace application
+} // namespace platform::application

@@ -13,7 +13,7 @@ class xml_document;
 class xml_node;
 } // namespace pugi
 
-namespace application {
+namespace platform::application {
 
 /** @brief A manifest that cannot be used: what() says which file, where, why, and what to do. */
 class ManifestError : public std::runtime_error {
@@ -58,6 +58,6 @@ private:
   const std::string &_name;
 };
 
-} // namespace application
+} // namespace platform::application
 
 #endif

@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace application {
+namespace platform::application {
 namespace {
 
 constexpr const char *kManifestName = "/tizen-manifest.xml";
@@ -71,4 +71,4 @@ std::optional<FoundManifest> findManifestOf(const std::string &appId) {
   return installed && installed->manifest.find(appId) != nullptr ? installed : std::nullopt;
 }
 
-} // namespace application
+} // namespace platform::application

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace application {
+namespace platform::application {
 
 /** @brief A manifest and the folder it was found in: the application's folder. */
 struct FoundManifest {
@@ -33,6 +33,6 @@ std::optional<FoundManifest> findOwnManifest();
  */
 std::optional<FoundManifest> findManifestOf(const std::string &appId);
 
-} // namespace application
+} // namespace platform::application
 
 #endif

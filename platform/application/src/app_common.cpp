@@ -13,8 +13,8 @@
 
 namespace {
 
-using application::DeclaredApplication;
-using application::FoundManifest;
+using platform::application::DeclaredApplication;
+using platform::application::FoundManifest;
 
 constexpr const char *kTag = "APP_COMMON";
 
@@ -30,8 +30,8 @@ std::string fileName(const std::string &path) {
 
 // A package may declare several applications: the one that this program executes is meant, or else
 // the package's first, which is its main application.
-const DeclaredApplication &runningApplication(const application::Manifest &manifest) {
-  const std::string program = fileName(application::executablePath());
+const DeclaredApplication &runningApplication(const platform::application::Manifest &manifest) {
+  const std::string program = fileName(platform::application::executablePath());
   for (const DeclaredApplication &candidate : manifest.applications) {
     if (fileName(candidate.exec) == program) {
       return candidate;
@@ -41,11 +41,11 @@ const DeclaredApplication &runningApplication(const application::Manifest &manif
 }
 
 std::string declaredId() {
-  const std::optional<FoundManifest> own = application::findOwnManifest();
+  const std::optional<FoundManifest> own = platform::application::findOwnManifest();
   if (!own) {
     throw NoContext("not launched as an application: AUL_APPID is not set and there is no "
                     "tizen-manifest.xml beside "
-                    + application::executablePath()
+                    + platform::application::executablePath()
                     + " or one folder above; put the manifest there or set AUL_APPID");
   }
   return runningApplication(own->manifest).id;
@@ -64,7 +64,7 @@ std::string ownId() {
 }
 
 FoundManifest ownManifest(const std::string &id) {
-  std::optional<FoundManifest> found = application::findManifestOf(id);
+  std::optional<FoundManifest> found = platform::application::findManifestOf(id);
   if (!found) {
     throw NoContext("no manifest declares the application '" + id
                     + "': put it beside the program, one folder above, or in $NORIX_DESKTOP_APPS/"
@@ -120,7 +120,7 @@ std::string resourcePath() {
 
 std::string dataPath() {
   const std::string id = ownId();
-  if (!application::isUsableAppId(id)) {
+  if (!platform::application::isUsableAppId(id)) {
     throw NoContext("the application id '" + id + "' cannot name a folder");
   }
   std::string path = dataHome() + "/" + id + "/";
@@ -135,7 +135,7 @@ int answer(Question question, char **text) {
     return APP_ERROR_INVALID_PARAMETER;
   }
   try {
-    *text = application::copyText(question());
+    *text = platform::application::copyText(question());
     return APP_ERROR_NONE;
   } catch (const std::bad_alloc &) {
     return APP_ERROR_OUT_OF_MEMORY;

@@ -12,7 +12,7 @@
 
 struct app_info_s {
   std::string package;
-  application::DeclaredApplication application;
+  platform::application::DeclaredApplication application;
 };
 
 namespace {
@@ -20,7 +20,7 @@ namespace {
 constexpr const char *kTag = "APP_MANAGER";
 
 void explainMissing(const std::string &appId) {
-  if (!application::isUsableAppId(appId)) {
+  if (!platform::application::isUsableAppId(appId)) {
     dlog_print(DLOG_ERROR, kTag,
                "no application '%s': an id is not empty, not '.' or '..', and holds no '/'",
                appId.c_str());
@@ -33,7 +33,8 @@ void explainMissing(const std::string &appId) {
 }
 
 int createInfo(const std::string &appId, app_info_h *info) {
-  const std::optional<application::FoundManifest> found = application::findManifestOf(appId);
+  const std::optional<platform::application::FoundManifest> found =
+      platform::application::findManifestOf(appId);
   if (!found) {
     explainMissing(appId);
     return APP_MANAGER_ERROR_NO_SUCH_APP;
@@ -44,14 +45,14 @@ int createInfo(const std::string &appId, app_info_h *info) {
 
 int copyInto(char **copy, const std::string &text) {
   try {
-    *copy = application::copyText(text);
+    *copy = platform::application::copyText(text);
     return APP_MANAGER_ERROR_NONE;
   } catch (const std::bad_alloc &) {
     return APP_MANAGER_ERROR_OUT_OF_MEMORY;
   }
 }
 
-int copyMember(app_info_h info, std::string application::DeclaredApplication::*member,
+int copyMember(app_info_h info, std::string platform::application::DeclaredApplication::*member,
                char **copy) {
   if (info == nullptr || copy == nullptr) {
     return APP_MANAGER_ERROR_INVALID_PARAMETER;
@@ -69,9 +70,9 @@ int app_info_create(const char *app_id, app_info_h *app_info) {
     return createInfo(app_id, app_info);
   } catch (const std::bad_alloc &) {
     return APP_MANAGER_ERROR_OUT_OF_MEMORY;
-  } catch (const application::ManifestError &error) {
+  } catch (const platform::application::ManifestError &error) {
     dlog_print(DLOG_ERROR, kTag, "%s", error.what());
-    return error.kind() == application::ManifestError::Kind::Unreadable
+    return error.kind() == platform::application::ManifestError::Kind::Unreadable
                ? APP_MANAGER_ERROR_IO_ERROR
                : APP_MANAGER_ERROR_DB_FAILED;
   }
@@ -89,7 +90,7 @@ int app_info_foreach_metadata(app_info_h app_info, app_info_metadata_cb callback
   if (app_info == nullptr || callback == nullptr) {
     return APP_MANAGER_ERROR_INVALID_PARAMETER;
   }
-  for (const application::Metadata &metadata : app_info->application.metadata) {
+  for (const platform::application::Metadata &metadata : app_info->application.metadata) {
     if (!callback(metadata.key.c_str(), metadata.value.c_str(), user_data)) {
       break;
     }
@@ -98,15 +99,15 @@ int app_info_foreach_metadata(app_info_h app_info, app_info_metadata_cb callback
 }
 
 int app_info_get_app_id(app_info_h app_info, char **app_id) {
-  return copyMember(app_info, &application::DeclaredApplication::id, app_id);
+  return copyMember(app_info, &platform::application::DeclaredApplication::id, app_id);
 }
 
 int app_info_get_exec(app_info_h app_info, char **exec) {
-  return copyMember(app_info, &application::DeclaredApplication::exec, exec);
+  return copyMember(app_info, &platform::application::DeclaredApplication::exec, exec);
 }
 
 int app_info_get_label(app_info_h app_info, char **label) {
-  return copyMember(app_info, &application::DeclaredApplication::label, label);
+  return copyMember(app_info, &platform::application::DeclaredApplication::label, label);
 }
 
 int app_info_get_package(app_info_h app_info, char **package) {
@@ -117,5 +118,5 @@ int app_info_get_package(app_info_h app_info, char **package) {
 }
 
 int app_info_get_type(app_info_h app_info, char **type) {
-  return copyMember(app_info, &application::DeclaredApplication::type, type);
+  return copyMember(app_info, &platform::application::DeclaredApplication::type, type);
 }

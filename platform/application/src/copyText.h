@@ -6,7 +6,7 @@
 #include <new>
 #include <string>
 
-namespace application {
+namespace platform::application {
 
 /** @brief A copy that C code releases with free(). Throws std::bad_alloc. */
 inline char *copyText(const std::string &text) {
@@ -17,6 +17,6 @@ inline char *copyText(const std::string &text) {
   return copy;
 }
 
-} // namespace application
+} // namespace platform::application
 
 #endif

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lifeCycle.h"
 
+#include "ecore/init.h"
+
 #include <Ecore.h>
 #include <app_common.h>
 #include <atomic>
@@ -11,7 +13,7 @@
 /** The launch request, which carries nothing here. Its address is all that there is to it. */
 struct app_control_s {};
 
-namespace application {
+namespace platform::application {
 namespace {
 
 constexpr const char *kTag = "CAPI_APPFW_APPLICATION";
@@ -42,39 +44,11 @@ private:
   bool _isFirst;
 };
 
-/**
- * Without XDG_RUNTIME_DIR, ecore_init() makes a folder in the home folder and aborts the process
- * when it cannot. Nothing is ever put there, so any value will do while ecore_init() runs. It must
- * be gone afterwards: the ports between applications are found by the real one.
- */
-class RuntimeFolderForInit {
-public:
-  RuntimeFolderForInit() : _isMissing(std::getenv(kVariable) == nullptr) {
-    if (_isMissing) {
-      setenv(kVariable, "/tmp", 0);
-    }
-  }
-  ~RuntimeFolderForInit() {
-    if (_isMissing) {
-      unsetenv(kVariable);
-    }
-  }
-  RuntimeFolderForInit(const RuntimeFolderForInit &) = delete;
-  RuntimeFolderForInit &operator=(const RuntimeFolderForInit &) = delete;
-
-private:
-  static constexpr const char *kVariable = "XDG_RUNTIME_DIR";
-  bool _isMissing;
-};
-
 /** Ecore, for as long as the application lives. */
 class Loop {
 public:
   Loop() : _exceptions(std::uncaught_exceptions()) {
-    const RuntimeFolderForInit runtimeFolder;
-    // These talk to the system bus, which few development machines have: an error of 170 lines.
-    ecore_app_no_system_modules();
-    isLoopThere = ecore_init() > 0;
+    isLoopThere = platform::ecore::initialize();
     if (isLoopThere) {
       _signalHandler = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, endOnSignal, nullptr);
     }
@@ -89,7 +63,7 @@ public:
       eina_log_domain_level_set("ecore", EINA_LOG_LEVEL_CRITICAL);
     }
     ecore_event_handler_del(_signalHandler);
-    ecore_shutdown();
+    platform::ecore::shutdown();
   }
   Loop(const Loop &) = delete;
   Loop &operator=(const Loop &) = delete;
@@ -160,4 +134,4 @@ void endLifeCycle() {
   }
 }
 
-} // namespace application
+} // namespace platform::application

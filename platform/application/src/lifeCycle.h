@@ -5,7 +5,7 @@
 #include <app_control.h>
 #include <functional>
 
-namespace application {
+namespace platform::application {
 
 /**
  * @brief The stations of an application's life, whatever kind of application it is.
@@ -34,6 +34,6 @@ void endLifeCycle();
 
 #pragma GCC visibility pop
 
-} // namespace application
+} // namespace platform::application
 
 #endif

@@ -5,8 +5,8 @@
 
 namespace {
 
-application::LifeCycle lifeCycle(const service_app_lifecycle_callback_s &callbacks,
-                                 void *userData) {
+platform::application::LifeCycle lifeCycle(const service_app_lifecycle_callback_s &callbacks,
+                                           void *userData) {
   return {[callbacks, userData] { return callbacks.create(userData); },
           [callbacks, userData](app_control_h launchRequest) {
             if (callbacks.app_control != nullptr) {
@@ -28,9 +28,9 @@ int service_app_main(int argc, char **argv, service_app_lifecycle_callback_s *ca
   if (argc <= 0 || argv == nullptr || callback == nullptr || callback->create == nullptr) {
     return APP_ERROR_INVALID_PARAMETER;
   }
-  return application::runLifeCycle(lifeCycle(*callback, user_data));
+  return platform::application::runLifeCycle(lifeCycle(*callback, user_data));
 }
 
 void service_app_exit(void) {
-  application::endLifeCycle();
+  platform::application::endLifeCycle();
 }

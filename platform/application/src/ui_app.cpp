@@ -13,7 +13,8 @@ void call(void (*callback)(void *), void *userData) {
 
 // There is no window here that could be covered: the application is visible from its launch until
 // its loop has ended.
-application::LifeCycle lifeCycle(const ui_app_lifecycle_callback_s &callbacks, void *userData) {
+platform::application::LifeCycle lifeCycle(const ui_app_lifecycle_callback_s &callbacks,
+                                           void *userData) {
   return {[callbacks, userData] { return callbacks.create(userData); },
           [callbacks, userData](app_control_h launchRequest) {
             if (callbacks.app_control != nullptr) {
@@ -31,9 +32,9 @@ int ui_app_main(int argc, char **argv, ui_app_lifecycle_callback_s *callback, vo
   if (argc <= 0 || argv == nullptr || callback == nullptr || callback->create == nullptr) {
     return APP_ERROR_INVALID_PARAMETER;
   }
-  return application::runLifeCycle(lifeCycle(*callback, user_data));
+  return platform::application::runLifeCycle(lifeCycle(*callback, user_data));
 }
 
 void ui_app_exit(void) {
-  application::endLifeCycle();
+  platform::application::endLifeCycle();
 }

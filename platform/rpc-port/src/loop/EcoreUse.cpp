@@ -2,6 +2,7 @@
 #include "loop/EcoreUse.h"
 
 #include "common/log.h"
+#include "ecore/init.h"
 #include "loop/FdWatch.h"
 #include "loop/JobQueue.h"
 #include "loop/Timer.h"
@@ -35,9 +36,7 @@ void onForkReset(void * /*data*/) {
 }
 
 bool holdEcore() {
-  // A desktop need not have a system bus, whose absence Ecore reports in some 170 lines.
-  ecore_app_no_system_modules();
-  if (ecore_init() <= 0) {
+  if (!ecore::initialize()) {
     return false;
   }
   process = getpid();
@@ -69,7 +68,7 @@ EcoreUse::~EcoreUse() {
   if (held && ecore_main_loop_nested_get() == 0) {
     held = false;
     ecore_fork_reset_callback_del(onForkReset, nullptr);
-    ecore_shutdown();
+    ecore::shutdown();
   }
 }
 

@@ -9,9 +9,9 @@
 
 namespace {
 
-using application::Manifest;
-using application::ManifestError;
-using application::ManifestReader;
+using platform::application::Manifest;
+using platform::application::ManifestError;
+using platform::application::ManifestReader;
 
 Manifest parse(const std::string &text) {
   return ManifestReader::parse(text, "m.xml");
