@@ -57,6 +57,10 @@ LogLine takenApart(log_priority priority, const char *tag, const char *format, v
 
 // What every line of the library has to have, whatever it says.
 bool isInForm(const LogLine &line) {
+  // The lines of norix.hpp: they come from the application's code.
+  if (line.tag == "NORIX-CPP") {
+    return line.priority == DLOG_ERROR;
+  }
   const bool isPlaced = line.priority == DLOG_ERROR && !line.function.empty() && line.line > 0
                         && line.file.find('/') == std::string::npos;
   if (line.tag == "RPC_PORT_STUB") {

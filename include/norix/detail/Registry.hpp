@@ -1,0 +1,232 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+#ifndef NORIX_DETAIL_REGISTRY_HPP
+#define NORIX_DETAIL_REGISTRY_HPP
+
+#include <norix.h>
+#include <norix/Action.hpp>
+#include <norix/Error.hpp>
+#include <norix/detail/Handler.hpp>
+
+#include <bundle.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace norix {
+namespace detail {
+
+// What an Assistant has registered with the library, and the library's life.
+class Registry {
+public:
+  enum class State { Declaring, Connected, MovedFrom };
+
+  // An action as it was registered: who is called, and what is declared.
+  struct Registered {
+    std::shared_ptr<Registration> registration{};
+    Action about{""};
+    std::string parameters{};
+  };
+
+  explicit Registry(State state = State::Declaring) : _state(state) {}
+  Registry(const Registry &) = delete;
+  Registry &operator=(const Registry &) = delete;
+
+  ~Registry() {
+    if (_state != State::Connected) {
+      return;
+    }
+    Exchange &exchange = Exchange::instance();
+    exchange.close();
+    guarded([] { static_cast<void>(norix_deinitialize()); },
+            [](const char *why) {
+              dlog_print(DLOG_ERROR, kLogTag, "norix_deinitialize failed with an exception: %s",
+                         why);
+            });
+  }
+
+  // Whether this thread may take it down.
+  bool mayEndHere() const noexcept {
+    return _state != State::Connected || Exchange::instance().isMainThread();
+  }
+
+  std::optional<Error> connect() {
+    if (!Exchange::instance().open()) {
+      return Error("norix::Assistant", NORIX_ERROR_OPERATION_FAILED,
+                   "there is an Assistant already; a process has one at a time");
+    }
+    std::optional<Error> error = guarded([] { return initialize(); }, noApplication);
+    if (error.has_value()) {
+      Exchange::instance().close();
+    } else {
+      _state = State::Connected;
+    }
+    return error;
+  }
+
+  std::optional<Error> setState(Handled handled, std::string description) {
+    auto registration = std::make_shared<Registration>(
+        std::make_shared<const std::string>(ACTION_GET_APP_STATE), std::move(handled.handler));
+    if (auto error = call("norix_set_app_state_request_cb", [&registration] {
+          return norix_set_app_state_request_cb(onState, registration.get());
+        })) {
+      return error;
+    }
+    _appState = std::move(registration);
+    _stateDescription = std::move(description);
+    return std::nullopt;
+  }
+
+  std::optional<Error> setAction(const Action &action, const Handled &handled) {
+    for (const std::string &id : action.ids()) {
+      if (auto error = setAction(id, action, handled)) {
+        return error;
+      }
+    }
+    return std::nullopt;
+  }
+
+  std::optional<Error> unsetState() {
+    auto error = call("norix_unset_app_state_request_cb", norix_unset_app_state_request_cb);
+    if (!error.has_value()) {
+      _appState.reset();
+    }
+    return error;
+  }
+
+  std::optional<Error> unsetAction(const std::string &id) {
+    auto error = call("norix_unset_action_execution_cb",
+                      [&id] { return norix_unset_action_execution_cb(id.c_str()); });
+    if (!error.has_value()) {
+      _actions.erase(id);
+    }
+    return error;
+  }
+
+  const std::map<std::string, Registered> &actions() const noexcept { return _actions; }
+  bool hasState() const noexcept { return _appState != nullptr; }
+  const std::string &stateDescription() const noexcept { return _stateDescription; }
+
+private:
+  static void onState(void *handle, void *registration) noexcept {
+    static_cast<Registration *>(registration)->received(Kind::State, handle, nullptr, false);
+  }
+
+  static void onAction(void *handle, bundle *request, void *registration) noexcept {
+    char *id = nullptr;
+    char *params = nullptr;
+    static_cast<void>(bundle_get_str(request, ACTION_ID, &id));
+    static_cast<void>(bundle_get_str(request, ACTION_PARAMS, &params));
+    // A request that waited for its registration has the text of its own id as its handle.
+    static_cast<Registration *>(registration)
+        ->received(Kind::Action, handle, params, handle == static_cast<void *>(id));
+  }
+
+  static std::optional<Error> initialize() {
+    const int result = norix_initialize();
+    switch (result) {
+    case NORIX_ERROR_NONE:
+      return std::nullopt;
+    case NORIX_ERROR_NOT_SUPPORTED:
+      return Error("norix_initialize", result,
+                   std::string("declare the SDK version in the manifest, as metadata with the key ")
+                       + NORIX_SDK_VERSION_METADATA_KEY
+                       + " and a value that does not contain 1.0-alpha");
+    case NORIX_ERROR_OPERATION_FAILED:
+      return Error("norix_initialize", result,
+                   "the port cannot be listened on: end the other process of this application, and "
+                   "make sure that the main loop exists");
+    default:
+      return Error("norix_initialize", result, "see the platform log, tag NORIX-APPSDK");
+    }
+  }
+
+  static std::optional<Error> noApplication(const char *why) {
+    return Error("norix_initialize", NORIX_ERROR_OPERATION_FAILED,
+                 std::string("it threw '") + why
+                     + "': start the process as an application, so that it has an application id, "
+                       "and make the Assistant while the main loop exists");
+  }
+
+  std::optional<Error> setAction(const std::string &id, const Action &action,
+                                 const Handled &handled) {
+    if (auto error = checkId(id)) {
+      return error;
+    }
+    Registered made{
+        std::make_shared<Registration>(std::make_shared<const std::string>(id), handled.handler),
+        action, handled.parameters};
+    // Before the library knows of it: nothing may fail between there and here.
+    Registered &kept = _actions[id];
+    auto error = call("norix_set_action_execution_cb", [&id, &made] {
+      return norix_set_action_execution_cb(id.c_str(), onAction, made.registration.get());
+    });
+    if (!error.has_value()) {
+      std::swap(kept, made);
+    } else if (kept.registration == nullptr) {
+      _actions.erase(id);
+    }
+    return error;
+  }
+
+  static std::optional<Error> checkId(const std::string &id) {
+    const char *advice = nullptr;
+    if (id.empty() || id.find('\0') != std::string::npos) {
+      advice = "an action's id is a text without NUL characters, and not empty";
+    } else if (id == ACTION_GET_APP_STATE) {
+      advice = "this id means the state request, which never reaches an action: use onState()";
+    }
+    if (advice == nullptr) {
+      return std::nullopt;
+    }
+    return Error("norix::Assistant::onAction(\"" + id + "\")", NORIX_ERROR_INVALID_PARAMETER,
+                 advice);
+  }
+
+  template <class Function>
+  std::optional<Error> call(const char *name, Function function) const {
+    if (_state == State::Declaring) {
+      return std::nullopt;
+    }
+    if (_state == State::MovedFrom) {
+      return Error(name, NORIX_ERROR_INVALID_PARAMETER, "this Assistant was moved from");
+    }
+    if (!Exchange::instance().isMainThread()) {
+      return Error(name, NORIX_ERROR_OPERATION_FAILED,
+                   "this is not the main loop's thread; register there");
+    }
+    const int result =
+        guarded(function, [](const char * /*what*/) -> int { return NORIX_ERROR_OUT_OF_MEMORY; });
+    if (result == NORIX_ERROR_NONE) {
+      return std::nullopt;
+    }
+    return Error(
+        name, result,
+        result == NORIX_ERROR_OPERATION_FAILED
+            ? "the library is not initialised any more: nothing but the Assistant may call "
+              "norix_deinitialize()"
+            : "memory is short");
+  }
+
+  State _state;
+  std::shared_ptr<Registration> _appState{};
+  std::string _stateDescription{};
+  std::map<std::string, Registered> _actions{};
+};
+
+// The way to the declarations, which norix/json.hpp opens: there is JSON.
+struct NeedsJson;
+template <class Json>
+struct DeclarationsOf {
+  static std::string text(const Registry & /*registry*/) {
+    static_assert(Never<Json>::value, "norix: include <norix/json.hpp> for declarations()");
+    return {};
+  }
+};
+
+} // namespace detail
+} // namespace norix
+
+#endif

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "MainLoop.h"
+
+#include <Ecore.h>
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace fake {
+
+namespace {
+
+struct Call {
+  Ecore_Cb function;
+  void *data;
+};
+
+std::mutex mutex;
+std::vector<Call> waiting;
+
+std::vector<Call> takeCalls() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return std::exchange(waiting, {});
+}
+
+} // namespace
+
+std::size_t runCallsOfThreads() {
+  const std::vector<Call> calls = takeCalls();
+  for (const Call &call : calls) {
+    call.function(call.data);
+  }
+  return calls.size();
+}
+
+void dropCallsOfThreads() {
+  takeCalls();
+}
+
+} // namespace fake
+
+extern "C" void ecore_main_loop_thread_safe_call_async(Ecore_Cb callback, void *data) {
+  const std::lock_guard<std::mutex> lock(fake::mutex);
+  fake::waiting.push_back({callback, data});
+}
