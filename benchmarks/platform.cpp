@@ -5,7 +5,7 @@
 #include "application/App.h"
 #include "application/BareAssistant.h"
 #include "harness/program.h"
-#include "integration/harness/TemporaryRuntime.h"
+#include "support/TemporaryRuntime.h"
 
 #include <CLI/CLI.hpp>
 #include <valgrind/callgrind.h>
@@ -26,7 +26,7 @@ struct Options {
 };
 
 // Functions are looked up before the first request instead of during it.
-const integration::Process::Environment kBindAtStart = {{"LD_BIND_NOW", "1"}};
+const support::Process::Environment kBindAtStart = {{"LD_BIND_NOW", "1"}};
 
 // The request at the begin is counted from its callback on, that at the end up to it: one together.
 void countApplication(const Options &options) {
@@ -66,7 +66,7 @@ int run(int argc, char **argv) {
   commandLine.add_option("--valgrind", options.valgrind)->check(CLI::ExistingFile);
   CLI11_PARSE(commandLine, argc, argv);
 
-  const integration::TemporaryRuntime runtime;
+  const support::TemporaryRuntime runtime;
   if (options.profile.empty()) {
     countAssistant(options);
   } else {

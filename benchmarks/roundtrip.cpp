@@ -6,8 +6,8 @@
 #include "harness/Machine.h"
 #include "harness/Rounds.h"
 #include "harness/program.h"
-#include "integration/harness/TemporaryRuntime.h"
 #include "peers/Peer.h"
+#include "support/TemporaryRuntime.h"
 
 #include <CLI/CLI.hpp>
 
@@ -62,7 +62,7 @@ int exchangesOf(std::size_t answerSize, int ofSmallOnes) {
 }
 
 nlohmann::json measure(const Options &options) {
-  const integration::TemporaryRuntime runtime;
+  const support::TemporaryRuntime runtime;
   // Throughout: Ecore does not take the death of a process well between two starts.
   const norix::assistant::MainLoop loop;
   const std::filesystem::path folder = runtime.write("folder", "").parent_path();

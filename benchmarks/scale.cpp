@@ -9,7 +9,7 @@
 #include "harness/Memory.h"
 #include "harness/Rounds.h"
 #include "harness/program.h"
-#include "integration/harness/TemporaryRuntime.h"
+#include "support/TemporaryRuntime.h"
 
 #include <CLI/CLI.hpp>
 
@@ -119,7 +119,7 @@ nlohmann::json measureAge(const Options &options) {
           {"contenders", benchmarks::measure(contenders, options.rounds, options.exchanges)}};
 }
 
-nlohmann::json measureLog(const Options &options, const integration::TemporaryRuntime &runtime) {
+nlohmann::json measureLog(const Options &options, const support::TemporaryRuntime &runtime) {
   const std::string file = runtime.write("log", "");
   const auto with = [](const std::string &path) {
     App::Options made;
@@ -136,7 +136,7 @@ nlohmann::json measureLog(const Options &options, const integration::TemporaryRu
 }
 
 nlohmann::json measure(const Options &options) {
-  const integration::TemporaryRuntime runtime;
+  const support::TemporaryRuntime runtime;
   // Throughout: Ecore does not take the death of a process well between two starts.
   const norix::assistant::MainLoop loop;
   return {{"benchmark", "scale"},

@@ -5,7 +5,7 @@
 #include "harness/Memory.h"
 #include "harness/SharedObject.h"
 #include "harness/program.h"
-#include "integration/harness/TemporaryRuntime.h"
+#include "support/TemporaryRuntime.h"
 
 #include <CLI/CLI.hpp>
 #include <Ecore.h>
@@ -54,8 +54,8 @@ nlohmann::json measureStart(int starts) {
   Samples samples;
   Start last{};
   for (int i = 0; i < starts; ++i) {
-    integration::Process process({"/proc/self/exe", "--start-once"},
-                                 {{"AUL_APPID", kAppId}, {"DLOG_FILTER", "*:S"}});
+    support::Process process({"/proc/self/exe", "--start-once"},
+                             {{"AUL_APPID", kAppId}, {"DLOG_FILTER", "*:S"}});
     std::istringstream(process.readLine()) >> last.nanoseconds >> last.heapBytes
         >> last.privateDirty;
     samples.addNanoseconds(last.nanoseconds);
@@ -66,9 +66,9 @@ nlohmann::json measureStart(int starts) {
           {"privateDirty", last.privateDirty}};
 }
 
-nlohmann::json measureFile(const integration::TemporaryRuntime &runtime) {
+nlohmann::json measureFile(const support::TemporaryRuntime &runtime) {
   const std::filesystem::path stripped = runtime.write("stripped.so", "");
-  integration::Process strip({BENCHMARK_STRIP, "-o", stripped, BENCHMARK_LIBRARY});
+  support::Process strip({BENCHMARK_STRIP, "-o", stripped, BENCHMARK_LIBRARY});
   if (strip.wait() != 0) {
     throw std::runtime_error("strip: " + strip.errors());
   }
@@ -79,7 +79,7 @@ nlohmann::json measureFile(const integration::TemporaryRuntime &runtime) {
 }
 
 nlohmann::json measure(int starts) {
-  const integration::TemporaryRuntime runtime;
+  const support::TemporaryRuntime runtime;
   runtime.install(kAppId, "1.0-beta");
   const benchmarks::App idle("org.example.idle", {});
   return {{"benchmark", "size"},

@@ -21,9 +21,8 @@ std::vector<std::string> commandOf(const App::Options &options) {
   return command;
 }
 
-integration::Process::Environment environmentOf(const std::string &appId,
-                                                const App::Options &options) {
-  integration::Process::Environment environment = options.environment;
+support::Process::Environment environmentOf(const std::string &appId, const App::Options &options) {
+  support::Process::Environment environment = options.environment;
   environment.emplace("AUL_APPID", appId);
   environment.emplace("DLOG_FILTER", "*:S");
   return environment;

@@ -6,7 +6,7 @@
 #include "assistant/client/Client.h"
 #include "assistant/client/MainLoop.h"
 #include "harness/Samples.h"
-#include "integration/harness/Process.h"
+#include "support/Process.h"
 
 #include <string>
 #include <sys/types.h>
@@ -20,7 +20,7 @@ public:
   struct Options {
     /** How many actions it registers besides those that it answers. */
     int furtherActions = 0;
-    integration::Process::Environment environment;
+    support::Process::Environment environment;
     /** What runs the program: empty, or valgrind with its options. */
     std::vector<std::string> runner;
   };
@@ -31,7 +31,7 @@ public:
   pid_t pid() const { return _pid; }
 
 private:
-  integration::Process _process;
+  support::Process _process;
   pid_t _pid;
 };
 

@@ -3,7 +3,7 @@
 
 #include "assistant/client/Delegate.h"
 #include "assistant/client/Request.h"
-#include "harness/transfer.h"
+#include "support/sockets.h"
 
 #include <fcntl.h>
 #include <rpc-port-parcel.h>
@@ -66,7 +66,7 @@ Bytes parcelFrame(int messageId, Write write) {
 }
 
 void send(const rpc::Descriptor &socket, const Bytes &frame) {
-  if (!sendAll(socket.get(), frame.data(), frame.size())) {
+  if (!support::sendAll(socket.get(), frame.data(), frame.size())) {
     throw std::runtime_error("the application has gone");
   }
 }

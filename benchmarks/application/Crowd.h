@@ -3,7 +3,7 @@
 #define NORIX_BENCHMARKS_APPLICATION_CROWD_H
 
 #include "harness/Samples.h"
-#include "integration/harness/Process.h"
+#include "support/Process.h"
 
 #include <string>
 
@@ -22,7 +22,7 @@ public:
   void exchange(int count, Samples &samples);
 
 private:
-  integration::Process _process;
+  support::Process _process;
 };
 
 /** @brief What the started process does: a line with a count in, one with nanoseconds out. */

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "peers/BlockingAsker.h"
 
-#include "harness/transfer.h"
+#include "support/sockets.h"
 
 #include <cstdint>
 #include <cstring>
@@ -34,8 +34,8 @@ void BlockingAsker::exchange(std::size_t answerSize, int count, Samples &samples
 
   auto start = Samples::Clock::now();
   for (int i = 0; i < count; ++i) {
-    if (!sendAll(_requests.own(), request.data(), request.size())
-        || !receiveAll(_answers.own(), _answer.data(), _answer.size())) {
+    if (!support::sendAll(_requests.own(), request.data(), request.size())
+        || !support::receiveAll(_answers.own(), _answer.data(), _answer.size())) {
       throw std::runtime_error("the other process has gone");
     }
     start = samples.addSince(start);

@@ -3,8 +3,8 @@
 #define NORIX_BENCHMARKS_PEERS_BLOCKINGASKER_H
 
 #include "harness/SocketPair.h"
-#include "integration/harness/Process.h"
 #include "peers/Peer.h"
+#include "support/Process.h"
 
 #include <array>
 
@@ -29,7 +29,7 @@ public:
 private:
   SocketPair _requests;
   SocketPair _answers;
-  integration::Process _process;
+  support::Process _process;
   std::vector<char> _answer;
 };
 

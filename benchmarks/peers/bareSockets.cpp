@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The floor: what two processes pay for the bytes alone. One socket per direction, blocking calls.
-#include "harness/transfer.h"
 #include "peers/BlockingAsker.h"
+#include "support/sockets.h"
 
 namespace benchmarks {
 
@@ -15,9 +15,9 @@ int serve(const std::vector<std::string> &arguments) {
   const int answers = std::stoi(arguments.at(1));
   RequestBytes request{};
   std::vector<char> answer;
-  while (receiveAll(requests, request.data(), request.size())) {
+  while (support::receiveAll(requests, request.data(), request.size())) {
     answer.resize(answerSizeOf(request));
-    if (!sendAll(answers, answer.data(), answer.size())) {
+    if (!support::sendAll(answers, answer.data(), answer.size())) {
       break;
     }
   }

@@ -3,8 +3,8 @@
 // The bare sockets once more, with Ecore's loop in the process that answers, or in both: what the
 // library cannot be quicker than, as long as applications have that loop.
 #include "assistant/client/MainLoop.h"
-#include "harness/transfer.h"
 #include "peers/BlockingAsker.h"
+#include "support/sockets.h"
 
 #include <Ecore.h>
 #include <fcntl.h>
@@ -67,7 +67,7 @@ public:
 private:
   void ask() {
     _received = 0;
-    sendAll(_requests.own(), _request.data(), _request.size());
+    support::sendAll(_requests.own(), _request.data(), _request.size());
   }
 
   void receive() {
@@ -87,7 +87,7 @@ private:
 
   SocketPair _requests;
   SocketPair _answers;
-  integration::Process _process;
+  support::Process _process;
   norix::assistant::MainLoop _loop;
   Reader _reader;
   RequestBytes _request{};
@@ -130,13 +130,13 @@ int serveWith(const std::vector<std::string> &arguments, const Duties &duties) {
   std::string answer;
   const Reader reader(requests, [&] {
     RequestBytes request{};
-    if (!receiveAll(requests, request.data(), request.size())) {
+    if (!support::receiveAll(requests, request.data(), request.size())) {
       ecore_main_loop_quit();
       return;
     }
     answer.resize(answerSizeOf(request), 'a');
     const std::string &sent = duties(answer);
-    sendAll(answers, sent.data(), sent.size());
+    support::sendAll(answers, sent.data(), sent.size());
   });
   ecore_main_loop_begin();
   return 0;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A gRPC call over a Unix socket, with the synchronous interface on both sides.
-#include "integration/harness/Process.h"
 #include "peers/Peer.h"
+#include "support/Process.h"
 
 #include <grpcpp/grpcpp.h>
 #include <question.grpc.pb.h>
@@ -45,7 +45,7 @@ public:
 
 private:
   std::string _address;
-  integration::Process _process;
+  support::Process _process;
   std::unique_ptr<proto::Application::Stub> _stub;
   proto::Question _question;
 };

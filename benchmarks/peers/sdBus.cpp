@@ -3,8 +3,8 @@
 // A D-Bus method call with sd-bus on both sides: through a message bus, which the benchmark starts
 // for itself, and from process to process.
 #include "harness/SocketPair.h"
-#include "integration/harness/Process.h"
 #include "peers/Peer.h"
+#include "support/Process.h"
 
 #include <systemd/sd-bus.h>
 
@@ -114,9 +114,9 @@ public:
   }
 
 private:
-  integration::Process _daemon;
+  support::Process _daemon;
   std::string _address;
-  integration::Process _process;
+  support::Process _process;
   Bus _bus;
 };
 
@@ -133,7 +133,7 @@ public:
 
 private:
   SocketPair _sockets;
-  integration::Process _process;
+  support::Process _process;
   Bus _bus;
 };
 

@@ -2,12 +2,14 @@
 //
 // The library as other languages find it.
 #include "integration/harness/AssistantCommand.h"
-#include "integration/harness/TemporaryRuntime.h"
+#include "support/TemporaryRuntime.h"
 
 #include <gtest/gtest.h>
 
 namespace integration {
 namespace {
+
+using support::TemporaryRuntime;
 
 TEST(AProgramInC, GetsFromEveryFunctionWhatTheHeaderPromises) {
   const TemporaryRuntime runtime;

@@ -84,7 +84,7 @@ protected:
   // A Send whose bundle is these bytes, with their length before them.
   void sendRequest(const std::string &field) {
     constexpr int kSend = 4;
-    const std::string raw = rpc_test::parcel(rpc_test::bytes(kSend) + field);
+    const std::string raw = support::parcel(support::bytes(kSend) + field);
     rpc_port_parcel_h parcel = nullptr;
     ASSERT_EQ(
         rpc_port_parcel_create_from_raw(&parcel, raw.data(), static_cast<unsigned>(raw.size())),
@@ -116,7 +116,7 @@ std::string bytesFrom(const std::string &hexadecimal) {
 }
 
 std::string withLength(const std::string &bytes) {
-  return rpc_test::bytes(static_cast<std::uint32_t>(bytes.size())) + bytes;
+  return support::bytes(static_cast<std::uint32_t>(bytes.size())) + bytes;
 }
 
 TEST_P(AGarbledRequest, IsDroppedAndTheNextIsServed) {

@@ -3,8 +3,8 @@
 
 #include "assistant/client/MainLoop.h"
 #include "assistant/client/Session.h"
-#include "integration/harness/TemporaryRuntime.h"
 #include "soak/check.h"
+#include "support/TemporaryRuntime.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -50,9 +50,9 @@ void compare(const char *side, const Footprint &before, const Footprint &after) 
 
 std::string runCycles(unsigned long cycles, const std::string &logs) {
   std::filesystem::create_directories(logs);
-  const integration::TemporaryRuntime runtime;
+  const support::TemporaryRuntime runtime;
   const norix::assistant::MainLoop loop;
-  const integration::Process light({LIGHT_PROGRAM}, applicationEnvironment(kLight, logs));
+  const support::Process light({LIGHT_PROGRAM}, applicationEnvironment(kLight, logs));
   awaitAnswer(kLight);
 
   for (unsigned long i = 0; i < std::min(cycles, kMostWarmUps); ++i) {

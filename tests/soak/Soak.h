@@ -3,12 +3,12 @@
 #define NORIX_TESTS_SOAK_SOAK_H
 
 #include "assistant/client/MainLoop.h"
-#include "integration/harness/TemporaryRuntime.h"
 #include "soak/Footprint.h"
 #include "soak/Strangers.h"
 #include "soak/Subject.h"
 #include "soak/Tally.h"
 #include "soak/garbage.h"
+#include "support/TemporaryRuntime.h"
 
 #include <string>
 #include <vector>
@@ -47,7 +47,7 @@ private:
   std::string report(std::chrono::seconds duration, const Rest &before, const Rest &after);
 
   // The order counts: the main loop already looks for the runtime folder.
-  integration::TemporaryRuntime _runtime;
+  support::TemporaryRuntime _runtime;
   norix::assistant::MainLoop _loop;
   std::string _logs;
   Dice _dice;

@@ -12,7 +12,7 @@ namespace soak {
 namespace {
 
 using namespace std::chrono_literals;
-using rpc_test::RawSocket;
+using support::RawSocket;
 
 constexpr Clock::duration kDeafPatience = 30s;
 constexpr std::size_t kQuestionsAtOnce = 500;

@@ -4,7 +4,7 @@
 
 #include "soak/Subject.h"
 #include "soak/garbage.h"
-#include "unit/platform/rpc-port/support/RawSocket.h"
+#include "support/RawSocket.h"
 
 #include <memory>
 #include <string>
@@ -37,7 +37,7 @@ public:
 
 private:
   struct Line {
-    std::unique_ptr<rpc_test::RawSocket> socket;
+    std::unique_ptr<support::RawSocket> socket;
     std::string unsent;
   };
   struct Stranger {

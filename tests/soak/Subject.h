@@ -2,7 +2,7 @@
 #ifndef NORIX_TESTS_SOAK_SUBJECT_H
 #define NORIX_TESTS_SOAK_SUBJECT_H
 
-#include "integration/harness/Process.h"
+#include "support/Process.h"
 
 #include <chrono>
 #include <optional>
@@ -17,7 +17,7 @@ using Clock = std::chrono::steady_clock;
 class Subject {
 public:
   using Command = std::vector<std::string>;
-  using Environment = integration::Process::Environment;
+  using Environment = support::Process::Environment;
 
   // Starts it.
   Subject(Command command, Environment environment);
@@ -31,14 +31,14 @@ public:
   // Throws what it wrote to standard error when it has ended by itself.
   void requireRunning() const;
 
-  integration::Process &process() { return *_process; }
+  support::Process &process() { return *_process; }
 
 private:
   void start();
 
   Command _command;
   Environment _environment;
-  std::optional<integration::Process> _process;
+  std::optional<support::Process> _process;
   std::optional<Clock::time_point> _resumption;
   Clock::time_point _mayStopFrom;
 };

@@ -33,8 +33,8 @@ std::string describe(const Footprint &before, const Footprint &after) {
   return text.str();
 }
 
-integration::Process::Environment applicationEnvironment(const std::string &appId,
-                                                         const std::string &logs) {
+support::Process::Environment applicationEnvironment(const std::string &appId,
+                                                     const std::string &logs) {
   return {{"AUL_APPID", appId},
           {"GLIBC_TUNABLES", "glibc.malloc.mmap_threshold=16384"},
           {"DLOG_FILE", logs + "/" + appId + ".log"},

@@ -2,8 +2,8 @@
 #ifndef NORIX_TESTS_SOAK_CHECK_H
 #define NORIX_TESTS_SOAK_CHECK_H
 
-#include "integration/harness/Process.h"
 #include "soak/Footprint.h"
+#include "support/Process.h"
 
 #include <chrono>
 #include <sstream>
@@ -30,8 +30,8 @@ void require(bool holds, const std::string &what, Value before, Value after) {
 std::string describe(const Footprint &before, const Footprint &after);
 
 // Where an example's log goes: only what its platform warns of, not what every request logs.
-integration::Process::Environment applicationEnvironment(const std::string &appId,
-                                                         const std::string &logs);
+support::Process::Environment applicationEnvironment(const std::string &appId,
+                                                     const std::string &logs);
 
 // Asks an example for its state until it answers; it may just have been started. A MainLoop
 // must be there.

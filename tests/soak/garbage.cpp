@@ -51,9 +51,9 @@ void mutate(Dice &dice, std::string &bytes) {
 // A frame whose prefix holds, around what is no message; or whose prefix lies too.
 std::string frameOfNoise(Dice &dice) {
   const auto kind = static_cast<std::uint32_t>(dice.below(6));
-  return dice.chance(500) ? rpc_test::frame(kind, noise(dice))
-                          : rpc_test::bytes(static_cast<std::uint32_t>(dice.seed()))
-                                + rpc_test::bytes(kind) + noise(dice);
+  return dice.chance(500) ? support::frame(kind, noise(dice))
+                          : support::bytes(static_cast<std::uint32_t>(dice.seed()))
+                                + support::bytes(kind) + noise(dice);
 }
 
 } // namespace

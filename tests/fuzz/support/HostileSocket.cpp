@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/HostileSocket.h"
 
-#include "support/check.h"
-
-#include <array>
-#include <cstring>
+#include <cstdint>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <utility>
 
 namespace fuzz {
@@ -22,19 +18,12 @@ std::string_view textOf(const rpc::Buffer &buffer) {
 } // namespace
 
 void HostileSocket::connectTo(const std::string &path) {
-  _socket = rpc::Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  check(path.size() < sizeof address.sun_path, "the path fits in an address");
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-  if (connect(_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-    _socket.close();
-  }
+  _socket = support::RawSocket::connectTo(path);
 }
 
 bool HostileSocket::acceptFrom(int listening) {
-  rpc::Descriptor accepted(accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-  if (!accepted) {
+  auto accepted = support::RawSocket::acceptFrom(listening);
+  if (accepted == nullptr) {
     return false;
   }
   _socket = std::move(accepted);
@@ -42,15 +31,13 @@ bool HostileSocket::acceptFrom(int listening) {
 }
 
 void HostileSocket::send(std::string_view bytes) {
-  if (_socket) {
-    (void)::send(_socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (isOpen()) {
+    (void)_socket->send(bytes);
   }
 }
 
 void HostileSocket::sendFrame(rpc::FrameKind kind, std::string_view payload) {
-  const rpc::FramePrefix prefix{static_cast<std::uint32_t>(payload.size()), kind};
-  std::string bytes(reinterpret_cast<const char *>(&prefix), sizeof prefix);
-  send(bytes.append(payload));
+  send(support::frame(static_cast<std::uint32_t>(kind), std::string(payload)));
 }
 
 void HostileSocket::sendHello(const rpc::Hello &hello) {
@@ -62,23 +49,16 @@ void HostileSocket::sendWelcome() {
 }
 
 void HostileSocket::sendParcel(std::string_view fields) {
-  std::string payload(rpc::kParcelHeaderSize, '\0'); // A header of zeros is one, without a tag.
-  sendFrame(rpc::FrameKind::Parcel, payload.append(fields));
+  sendFrame(rpc::FrameKind::Parcel, support::parcel(std::string(fields)));
 }
 
 std::string HostileSocket::receive() {
-  std::string received;
-  std::array<char, 4096> part{};
-  ssize_t size = 0;
-  while (_socket && (size = recv(_socket.get(), part.data(), part.size(), MSG_DONTWAIT)) > 0) {
-    received.append(part.data(), static_cast<std::size_t>(size));
-  }
-  return received;
+  return isOpen() ? _socket->receive() : std::string();
 }
 
 void HostileSocket::endSending() {
-  if (_socket) {
-    (void)shutdown(_socket.get(), SHUT_WR);
+  if (isOpen()) {
+    (void)shutdown(_socket->descriptor(), SHUT_WR);
   }
 }
 

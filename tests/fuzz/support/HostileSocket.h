@@ -2,21 +2,22 @@
 #ifndef NORIX_FUZZ_HOSTILE_SOCKET_H
 #define NORIX_FUZZ_HOSTILE_SOCKET_H
 
-#include "socket/Descriptor.h"
+#include "support/RawSocket.h"
 #include "wire/Frame.h"
 #include "wire/Hello.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace fuzz {
 
-// One socket of a peer that keeps to no rules. Nothing it does waits, and all of it may fail.
+// One socket of a hostile peer. Nothing it does waits, and each call may fail silently.
 class HostileSocket {
 public:
   // To the port's socket file.
   void connectTo(const std::string &path);
-  // The next one that waits at the listening socket. @return false when nobody waits.
+  // Accepts a waiting connection. @return false when none waits.
   bool acceptFrom(int listening);
 
   void send(std::string_view bytes);
@@ -26,15 +27,15 @@ public:
   // A whole parcel of these fields.
   void sendParcel(std::string_view fields);
 
-  // Reads all that is there.
+  // Reads what has arrived.
   std::string receive();
   // Sends nothing more, but still reads.
   void endSending();
-  void close() { _socket.close(); }
-  bool isOpen() const { return static_cast<bool>(_socket); }
+  void close() { _socket.reset(); }
+  bool isOpen() const { return _socket != nullptr; }
 
 private:
-  platform::rpc_port::Descriptor _socket;
+  std::unique_ptr<support::RawSocket> _socket;
 };
 
 } // namespace fuzz

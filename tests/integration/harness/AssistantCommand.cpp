@@ -10,13 +10,4 @@ Process startAssistant(std::vector<std::string> arguments, const Process::Enviro
   return Process(arguments, additions);
 }
 
-Outcome finish(Process process) {
-  process.closeInput();
-  Outcome outcome;
-  outcome.out = process.readAll();
-  outcome.status = process.wait();
-  outcome.err = process.errors();
-  return outcome;
-}
-
 } // namespace integration

@@ -4,12 +4,16 @@
 
 #include "assistant/client/MainLoop.h"
 #include "assistant/client/Session.h"
-#include "integration/harness/Process.h"
-#include "integration/harness/TemporaryRuntime.h"
+#include "support/Process.h"
+#include "support/TemporaryRuntime.h"
 
 #include <gtest/gtest.h>
 
 namespace integration {
+
+using support::kBound;
+using support::Process;
+using support::TemporaryRuntime;
 
 // A desktop of its own, and the assistant's side in this process.
 class IntegrationTest : public ::testing::Test {

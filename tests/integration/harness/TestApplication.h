@@ -2,8 +2,8 @@
 #ifndef NORIX_TESTS_INTEGRATION_TESTAPPLICATION_H
 #define NORIX_TESTS_INTEGRATION_TESTAPPLICATION_H
 
-#include "integration/harness/Process.h"
-#include "integration/harness/TemporaryRuntime.h"
+#include "support/Process.h"
+#include "support/TemporaryRuntime.h"
 
 #include <cstdint>
 #include <deque>
@@ -12,6 +12,10 @@
 #include <string>
 
 namespace integration {
+
+using support::kBound;
+using support::Process;
+using support::TemporaryRuntime;
 
 // One request as the application's callback saw it.
 struct Received {

@@ -27,7 +27,7 @@ std::string parcelFrame(Writer write) {
   void *bytes = nullptr;
   unsigned int size = 0;
   rpc_port_parcel_get_raw(parcel, &bytes, &size);
-  std::string frame = rpc_test::frame(rpc_test::kParcel, {static_cast<const char *>(bytes), size});
+  std::string frame = support::frame(support::kParcel, {static_cast<const char *>(bytes), size});
   rpc_port_parcel_destroy(parcel);
   return frame;
 }
@@ -43,12 +43,12 @@ void writeDelegate(rpc_port_parcel_h parcel) {
 
 std::string helloFrame(rpc_port_port_type_e type, const std::string &instance,
                        const std::string &sender) {
-  return rpc_test::frame(rpc_test::kHello,
-                         rpc_test::hello(static_cast<std::uint16_t>(type), instance, sender));
+  return support::frame(support::kHello,
+                        support::hello(static_cast<std::uint16_t>(type), instance, sender));
 }
 
 std::string welcomeFrame() {
-  return rpc_test::frame(rpc_test::kWelcome, "RPCP" + rpc_test::bytes(std::uint32_t{1}));
+  return support::frame(support::kWelcome, "RPCP" + support::bytes(std::uint32_t{1}));
 }
 
 std::string setCallbackFrame() {

@@ -3,7 +3,7 @@
 #define NORIX_TESTS_INTEGRATION_WIRE_H
 
 #include "assistant/client/Request.h"
-#include "unit/platform/rpc-port/support/RawSocket.h"
+#include "support/RawSocket.h"
 
 #include <rpc-port.h>
 

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "integration/peer/Line.h"
 
+#include "support/sockets.h"
+
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <utility>
 
 namespace integration {
@@ -15,13 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kPrefixSize = 8; // The length of what follows it, and the kind.
-
-sockaddr_un addressOf(const std::string &path) {
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  path.copy(static_cast<char *>(address.sun_path), sizeof address.sun_path - 1);
-  return address;
-}
 
 void require(bool succeeded, const char *what) {
   if (!succeeded) {
@@ -42,39 +38,27 @@ void makeFolders(const fs::path &folder) {
 } // namespace
 
 Line Line::connectTo(const std::string &path) {
-  Line line(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const sockaddr_un address = addressOf(path);
-  require(connect(line._socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address)
-              == 0,
-          "connect");
+  Line line(support::connectTo(path));
+  require(line.isOpen(), "connect");
   return line;
 }
 
 Line Line::listenAt(const std::string &path) {
   makeFolders(fs::path(path).parent_path());
-  Line line(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const sockaddr_un address = addressOf(path);
-  require(bind(line._socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address)
-              == 0,
-          "bind");
-  require(listen(line._socket.get(), 2) == 0, "listen");
+  Line line(support::listenAt(path));
+  require(line.isOpen(), "listen");
   return line;
 }
 
 Line Line::accept() const {
-  Line line(accept4(_socket.get(), nullptr, nullptr, SOCK_CLOEXEC));
+  Line line(support::FileDescriptor(accept4(_socket.get(), nullptr, nullptr, SOCK_CLOEXEC)));
   require(line.isOpen(), "accept");
   return line;
 }
 
 void Line::send(const std::string &frame) {
-  for (std::size_t sent = 0; sent < frame.size();) {
-    const ssize_t count =
-        ::send(_socket.get(), frame.data() + sent, frame.size() - sent, MSG_NOSIGNAL);
-    if (count < 0) {
-      throw Ended();
-    }
-    sent += static_cast<std::size_t>(count);
+  if (!support::sendAll(_socket.get(), frame.data(), frame.size())) {
+    throw Ended();
   }
 }
 

@@ -2,10 +2,11 @@
 #ifndef NORIX_TESTS_INTEGRATION_PEER_LINE_H
 #define NORIX_TESTS_INTEGRATION_PEER_LINE_H
 
-#include "integration/harness/Process.h"
+#include "support/FileDescriptor.h"
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace integration {
 
@@ -14,18 +15,17 @@ struct Ended : std::runtime_error {
   Ended() : std::runtime_error("ended") {}
 };
 
-// A socket that sends and receives as much as it is told to, however long that takes. Functions
-// throw Ended.
+// A blocking socket that sends and receives frames, or halves of them. Its functions throw Ended.
 class Line {
 public:
   Line() = default;
   static Line connectTo(const std::string &path);
-  // A socket that listens there, in folders that are made if need be.
+  // A socket that listens there; missing folders are created.
   static Line listenAt(const std::string &path);
   Line accept() const;
 
   void sendHalf(const std::string &frame);
-  // What is left of the frame of which the first half was sent.
+  // The other half of a frame.
   void sendRest(const std::string &frame);
   void send(const std::string &frame);
 
@@ -33,17 +33,17 @@ public:
   std::string receive();
   // The first half of the next frame; receive() then gives the whole.
   void receiveHalf();
-  // Drops all that comes until the other side closes.
+  // Discards what arrives until the other side closes.
   void awaitEnd();
-  bool isOpen() const { return _socket.get() >= 0; }
+  bool isOpen() const { return _socket.isOpen(); }
 
 private:
-  explicit Line(int socket) : _socket(socket) {}
+  explicit Line(support::FileDescriptor socket) : _socket(std::move(socket)) {}
   void receiveUpTo(std::size_t size);
   std::size_t frameSize();
 
-  FileDescriptor _socket;
-  std::string _received; // Of the frame that is coming.
+  support::FileDescriptor _socket;
+  std::string _received; // The beginning of the next frame.
 };
 
 } // namespace integration

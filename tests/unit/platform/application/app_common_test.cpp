@@ -73,7 +73,7 @@ TEST(AnApplicationId, IsNotLookedForTwoFoldersAboveTheProgram) {
   folder.write("tizen-manifest.xml", kMusicManifest);
   const std::string program = folder.putProbe("usr/bin/music");
 
-  const Outcome outcome = Child(program, {"id"}, {}).wait();
+  const Outcome outcome = run(program, {"id"});
 
   EXPECT_EQ(outcome.out, "-1 untouched\n");
 }
@@ -92,7 +92,7 @@ TEST(AnApplicationId, IsThatOfTheFirstApplicationWhenTheProgramGoesByAnotherName
   folder.write("tizen-manifest.xml", kTwoApplications);
   const std::string program = folder.putProbe("bin/renamed");
 
-  const Outcome outcome = Child(program, {"id"}, {}).wait();
+  const Outcome outcome = run(program, {"id"});
 
   EXPECT_EQ(outcome.out, "0 org.example.first\n");
 }

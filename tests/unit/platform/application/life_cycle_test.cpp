@@ -30,7 +30,7 @@ public:
 
   Outcome run(const std::string &kind, const std::vector<std::string> &behaviour,
               const std::vector<std::string> &environment = {}) const {
-    return Child(_program, joined(kind, behaviour), environment).wait();
+    return ::run(_program, joined(kind, behaviour), environment);
   }
 
   const std::string &program() const { return _program; }
@@ -137,7 +137,7 @@ TEST(AnApplication, RunsAgainAfterItExitedInCreate) {
 TEST(AnApplication, WithoutAnIdIsNotCreated) {
   const AppFolder folder;
 
-  const Outcome outcome = Child(folder.putStations("music"), {"service"}, {}).wait();
+  const Outcome outcome = run(folder.putStations("music"), {"service"});
 
   EXPECT_EQ(outcome.out, std::string("main -1\n") + kNothingLeft);
 }
@@ -190,12 +190,12 @@ class AnEndingSignal : public TestWithParam<EndingSignal> {};
 
 TEST_P(AnEndingSignal, EndsTheLoopAndTerminatesTheApplication) {
   const Stations stations;
-  Child child(stations.program(), {"service"}, {});
+  Process child = Process::withVariables({stations.program(), "service"}, {});
   child.awaitLine("loop");
 
-  child.send(GetParam().number);
+  child.signal(GetParam().number);
 
-  const Outcome outcome = child.wait();
+  const Outcome outcome = child.finish();
   EXPECT_EQ(outcome.out, std::string("create\ncontrol\nloop\nterminate\nmain 0\n") + kNothingLeft);
   EXPECT_EQ(outcome.status, EXIT_SUCCESS);
 }

@@ -49,7 +49,7 @@ TEST_F(ALogFile, TakesTheLines) {
   const Outcome outcome = logOneLine(_path);
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.all(), "");
+  EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(withoutTimeAndPid(contentOf(_path)), "E/TAG     : x\n");
 }
 
@@ -114,7 +114,7 @@ TEST_F(ALogFile, DoesNotTakeThePlaceOfAClosedStandardStream) {
 TEST_F(ALogFile, ThatIsNotNamedIsStandardError) {
   const Outcome outcome = logOneLine("");
 
-  EXPECT_EQ(withoutTimeAndPid(outcome.all()), "E/TAG     : x\n");
+  EXPECT_EQ(withoutTimeAndPid(outcome.err), "E/TAG     : x\n");
 }
 
 TEST_F(ALogFile, ThatCannotBeOpenedIsNamedOnceAndReplacedByStandardError) {
@@ -138,8 +138,8 @@ TEST_F(ALogFile, ThatIsAFolderIsReplacedByStandardError) {
   const Outcome outcome = logOneLine(_folder.path());
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.all(), StartsWith("dlog: DLOG_FILE: "));
-  EXPECT_THAT(outcome.all(), HasSubstr("Is a directory"));
+  EXPECT_THAT(outcome.err, StartsWith("dlog: DLOG_FILE: "));
+  EXPECT_THAT(outcome.err, HasSubstr("Is a directory"));
 }
 
 TEST_F(ALogFile, ThatIsAPipeWithoutAReaderDoesNotStopTheApplication) {
@@ -148,7 +148,7 @@ TEST_F(ALogFile, ThatIsAPipeWithoutAReaderDoesNotStopTheApplication) {
   const Outcome outcome = logOneLine(_path);
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.all(), HasSubstr("No such device or address"));
+  EXPECT_THAT(outcome.err, HasSubstr("No such device or address"));
 }
 
 TEST_F(ALogFile, ThatIsAPipeTakesTheLinesUntilItsReaderIsGone) {

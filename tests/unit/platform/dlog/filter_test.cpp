@@ -108,7 +108,7 @@ TEST(AFilterThatIsNotSet, LetsEverythingPass) {
     return 0;
   });
 
-  EXPECT_EQ(withoutTimeAndPid(outcome.all()), "V/TAG     : x\n");
+  EXPECT_EQ(withoutTimeAndPid(outcome.err), "V/TAG     : x\n");
 }
 
 TEST(AFilter, ComparesTheTextOfATagNotItsAddress) {
@@ -122,7 +122,7 @@ TEST(AFilter, ComparesTheTextOfATagNotItsAddress) {
     return 0;
   });
 
-  EXPECT_EQ(withoutTimeAndPid(outcome.all()), "E/qUIET   : written\n");
+  EXPECT_EQ(withoutTimeAndPid(outcome.err), "E/qUIET   : written\n");
 }
 
 TEST(ADroppedLine, IsNotFormatted) {

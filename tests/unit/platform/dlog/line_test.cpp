@@ -27,7 +27,7 @@ std::string logged(const std::function<void()> &log) {
   });
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.writes.size(), 1U);
-  return outcome.all();
+  return outcome.err;
 }
 
 /** @brief Not time(): its clock may be a tick behind, which shows once in some hundred seconds. */
@@ -53,7 +53,7 @@ TEST(ALine, HasATimeAPriorityATagAProcessAndAText) {
 
   char pid[16];
   snprintf(pid, sizeof pid, "%5d", outcome.pid);
-  EXPECT_THAT(outcome.all(),
+  EXPECT_THAT(outcome.err,
               MatchesRegex("[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3} E/TAG     \\("
                            + std::string(pid) + "\\): text 7\n"));
 }
@@ -76,9 +76,10 @@ TEST(ALine, HasTheLocalTime) {
 TEST(ALine, HasTheProcessIdOfAForkedProcess) {
   const Outcome outcome = inChild({}, [] {
     dlog_print(DLOG_ERROR, "TAG", "parent");
-    return inChild({}, [] { return dlog_print(DLOG_ERROR, "TAG", "%d", getpid()) > 0 ? 0 : 1; })
-                       .all()
-                       .find("TAG")
+    return inChild({},
+                   [] {
+                     return dlog_print(DLOG_ERROR, "TAG", "%d", getpid()) > 0 ? 0 : 1;
+                   }).err.find("TAG")
                    != std::string::npos
                ? 0
                : 1;
@@ -149,7 +150,7 @@ TEST_P(NoPriority, IsRefused) {
   });
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.all(), "");
+  EXPECT_EQ(outcome.err, "");
 }
 
 TEST_P(NoPriority, IsRefusedWhateverTheFilter) {
@@ -159,7 +160,7 @@ TEST_P(NoPriority, IsRefusedWhateverTheFilter) {
   });
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.all(), "");
+  EXPECT_EQ(outcome.err, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, NoPriority,
@@ -172,7 +173,7 @@ TEST(NoFormat, IsRefused) {
   });
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.all(), "");
+  EXPECT_EQ(outcome.err, "");
 }
 
 TEST(NoFormat, IsRefusedAlsoForALineThatTheFilterDrops) {
@@ -193,7 +194,7 @@ TEST(AFormatThatCannotBeFollowed, IsRefused) {
   });
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.all(), "");
+  EXPECT_EQ(outcome.err, "");
 }
 
 int printList(const char *fmt, ...) __attribute__((format(printf, 1, 2)));
@@ -215,7 +216,7 @@ TEST(AList, OfArgumentsIsLoggedAlike) {
 TEST(TheResult, IsTheNumberOfBytesWritten) {
   const Outcome outcome = inChild({}, [] { return dlog_print(DLOG_ERROR, "TAG", "text"); });
 
-  EXPECT_EQ(static_cast<std::size_t>(outcome.status), outcome.all().size());
+  EXPECT_EQ(static_cast<std::size_t>(outcome.status), outcome.err.size());
 }
 
 TEST(ATextOfSeveralLines, HasAHeaderForEachAndIsOneWrite) {
@@ -300,7 +301,7 @@ TEST(Errno, IsLoggedAsItWasAlsoWhenTheTimeZoneIsUnknown) {
     return 0;
   });
 
-  EXPECT_EQ(withoutTimeAndPid(outcome.all()), "E/TAG     : Inappropriate ioctl for device\n");
+  EXPECT_EQ(withoutTimeAndPid(outcome.err), "E/TAG     : Inappropriate ioctl for device\n");
 }
 
 TEST(Errno, IsLeftAsItIs) {

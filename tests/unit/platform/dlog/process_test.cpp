@@ -57,7 +57,7 @@ TEST(StaticObjects, LogWhenTheyAreConstructedAndDestroyed) {
   });
 
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(withoutTimeAndPid(outcome.all()),
+  EXPECT_EQ(withoutTimeAndPid(outcome.err),
             "I/STATIC  : constructor\nI/STATIC  : main\nI/STATIC  : destructor\n");
 }
 

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "AppFolder.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <stdexcept>
-#include <system_error>
 
 const char *const kMusicManifest =
     R"(<?xml version="1.0" encoding="utf-8"?>
@@ -19,37 +14,24 @@ const char *const kMusicManifest =
   </service-application>
 </manifest>)";
 
-AppFolder::AppFolder() {
-  std::string name = std::filesystem::temp_directory_path() / "norix-application-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) {
-    throw std::system_error(errno, std::generic_category(), name);
-  }
-  // As the system names it, for this is how a program finds itself.
-  _path = std::filesystem::canonical(name);
-}
-
-AppFolder::~AppFolder() {
-  std::error_code ignored; // What cannot be removed is no reason to fail a test.
-  std::filesystem::remove_all(_path, ignored);
+Outcome run(const std::string &program, const std::vector<std::string> &arguments,
+            const std::vector<std::string> &environment) {
+  std::vector<std::string> command{program};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return Process::withVariables(command, environment).finish();
 }
 
 std::string AppFolder::path(const std::string &relative) const {
-  return relative.empty() ? _path : _path + "/" + relative;
+  return relative.empty() ? _folder.path() : _folder / relative;
 }
 
 void AppFolder::write(const std::string &relative, const std::string &text) const {
-  const std::filesystem::path file = path(relative);
-  std::filesystem::create_directories(file.parent_path());
-  std::ofstream stream(file, std::ios::binary);
-  stream << text;
-  if (!stream.flush()) {
-    throw std::runtime_error("cannot write " + file.string());
-  }
+  _folder.write(relative, text);
 }
 
 Outcome AppFolder::ask(const std::string &question,
                        const std::vector<std::string> &environment) const {
-  return Child(putProbe("bin/music"), {question}, environment).wait();
+  return run(putProbe("bin/music"), {question}, environment);
 }
 
 std::string AppFolder::putProbe(const std::string &relative) const {

@@ -10,15 +10,15 @@
 namespace platform::rpc_port {
 namespace {
 
-using rpc_test::bytes;
-using rpc_test::frame;
-using rpc_test::kParcel;
-using rpc_test::kRaw;
+using support::bytes;
+using support::frame;
+using support::kParcel;
+using support::kRaw;
 
 /// A reader that has been greeted, and the frames that it has put together.
 class AFrameReader : public testing::Test {
 protected:
-  AFrameReader() { EXPECT_TRUE(feed(frame(rpc_test::kWelcome, "RPCP1234"), inbox)); }
+  AFrameReader() { EXPECT_TRUE(feed(frame(support::kWelcome, "RPCP1234"), inbox)); }
 
   /// Gives the reader the bytes in pieces of at most `piece`.
   bool feed(const std::string &stream, Inbox &into, std::size_t piece = std::string::npos) {
@@ -140,7 +140,7 @@ TEST_F(AFrameReader, KnowsABadFrameByItsPrefixAlone) {
 }
 
 TEST_F(AFrameReader, RefusesASecondGreeting) {
-  EXPECT_FALSE(feed(frame(rpc_test::kWelcome, "RPCP1234")));
+  EXPECT_FALSE(feed(frame(support::kWelcome, "RPCP1234")));
 }
 
 TEST_F(AFrameReader, RefusesAnotherFirstFrameThanItsGreeting) {

@@ -46,11 +46,7 @@ private:
 } // namespace
 
 Runtime::Runtime() {
-  std::string name = (std::filesystem::temp_directory_path() / "rpc-port-test-XXXXXX").string();
-  if (mkdtemp(name.data())) {
-    _directory = name;
-  }
-  setenv("XDG_RUNTIME_DIR", _directory.c_str(), 1);
+  setenv("XDG_RUNTIME_DIR", directory().c_str(), 1);
   setenv("AUL_APPID", kAppId, 1);
   ecore_app_no_system_modules();
   ecore_init();
@@ -58,27 +54,10 @@ Runtime::Runtime() {
 
 Runtime::~Runtime() {
   ecore_shutdown();
-  std::error_code ignored;
-  std::filesystem::remove_all(_directory, ignored);
 }
 
 std::string Runtime::socketPath(const std::string &port) const {
-  return _directory + "/rpc-port/" + kAppId + "/" + port;
-}
-
-Environment::Environment(const char *name, const std::string &value) : _name(name) {
-  if (const char *before = getenv(name)) {
-    _before = before;
-  }
-  setenv(name, value.c_str(), 1);
-}
-
-Environment::~Environment() {
-  if (_before) {
-    setenv(_name, _before->c_str(), 1);
-  } else {
-    unsetenv(_name);
-  }
+  return directory() + "/rpc-port/" + kAppId + "/" + port;
 }
 
 bool runUntil(const std::function<bool()> &condition) {

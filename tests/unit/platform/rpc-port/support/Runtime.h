@@ -2,12 +2,16 @@
 #ifndef TESTS_RPC_PORT_SUPPORT_RUNTIME_H
 #define TESTS_RPC_PORT_SUPPORT_RUNTIME_H
 
+#include "support/ScopedVariable.h"
+#include "support/TemporaryFolder.h"
+
 #include <functional>
 #include <gtest/gtest.h>
-#include <optional>
 #include <string>
 
 namespace rpc_test {
+
+using namespace support;
 
 constexpr const char *kAppId = "org.example.music";
 
@@ -20,26 +24,15 @@ public:
   Runtime &operator=(const Runtime &) = delete;
 
 protected:
-  const std::string &directory() const { return _directory; }
+  const std::string &directory() const { return _folder.path(); }
   /// Where the stub of a port listens.
   std::string socketPath(const std::string &port) const;
 
 private:
-  std::string _directory;
+  TemporaryFolder _folder;
 };
 
-/// Sets a variable of the environment, and takes that back.
-class Environment {
-public:
-  Environment(const char *name, const std::string &value);
-  ~Environment();
-  Environment(const Environment &) = delete;
-  Environment &operator=(const Environment &) = delete;
-
-private:
-  const char *_name;
-  std::optional<std::string> _before;
-};
+using Environment = ScopedVariable;
 
 /**
  * @brief Runs the loop until the condition holds.

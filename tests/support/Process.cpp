@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "integration/harness/Process.h"
+#include "support/Process.h"
 
 #include <array>
 #include <cerrno>
@@ -20,7 +20,7 @@
 
 extern char **environ;
 
-namespace integration {
+namespace support {
 namespace {
 
 constexpr int kCannotStart = 127;
@@ -78,40 +78,35 @@ bool waitReadable(int descriptor, double seconds) {
 
 } // namespace
 
-FileDescriptor::FileDescriptor(FileDescriptor &&other) noexcept
-    : _number(std::exchange(other._number, -1)) {}
-
-FileDescriptor &FileDescriptor::operator=(FileDescriptor &&other) noexcept {
-  std::swap(_number, other._number);
-  return *this;
+Process Process::withVariables(const std::vector<std::string> &command,
+                               std::vector<std::string> variables) {
+  Process process;
+  process.start(command, std::move(variables));
+  return process;
 }
 
-FileDescriptor::~FileDescriptor() {
-  if (_number >= 0) {
-    close(_number);
-  }
+Process::Process(const std::vector<std::string> &command, const Environment &additions) {
+  start(command, environmentWith(additions));
 }
 
-Process::Process(const std::vector<std::string> &command, const Environment &additions)
-    : _name(command.at(0)), _errors(memfd_create("errors", MFD_CLOEXEC)) {
+void Process::start(std::vector<std::string> arguments, std::vector<std::string> environment) {
+  _name = arguments.at(0);
+  _errors = FileDescriptor(memfd_create("errors", MFD_CLOEXEC));
   Pipe input = makePipe();
   Pipe output = makePipe();
-  std::vector<std::string> arguments = command;
-  std::vector<std::string> environment = environmentWith(additions);
   const std::vector<char *> argv = pointersTo(arguments);
   const std::vector<char *> envp = pointersTo(environment);
 
-  // Ecore watches children too, and trips over one that ends while Ecore shuts down.
+  // Ecore watches children too, and fails when one ends while Ecore shuts down.
   std::signal(SIGCHLD, SIG_DFL);
-  std::signal(SIGPIPE, SIG_IGN); // Writing to a process that ended is an error, not our end.
   _pid = fork();
   if (_pid == 0) {
-    std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGPIPE, SIG_DFL);    // Ecore ignores it, and a program inherits that.
     prctl(PR_SET_PDEATHSIG, SIGKILL); // The test runner may kill a test that hangs.
     dup2(input.read.get(), STDIN_FILENO);
     dup2(output.write.get(), STDOUT_FILENO);
     dup2(_errors.get(), STDERR_FILENO);
-    execve(argv[0], argv.data(), envp.data());
+    execvpe(argv[0], argv.data(), envp.data());
     _exit(kCannotStart);
   }
   if (_pid < 0) {
@@ -139,13 +134,16 @@ Process::~Process() {
 
 void Process::writeLine(const std::string &line) {
   const std::string text = line + "\n";
-  if (write(_input.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+  const auto before = std::signal(SIGPIPE, SIG_IGN); // A process that has ended is an error here.
+  const ssize_t written = write(_input.get(), text.data(), text.size());
+  std::signal(SIGPIPE, before);
+  if (written != static_cast<ssize_t>(text.size())) {
     fail("cannot write to " + _name);
   }
 }
 
 void Process::closeInput() {
-  _input = FileDescriptor();
+  _input.close();
 }
 
 bool Process::readMore(double seconds) {
@@ -173,6 +171,15 @@ std::string Process::readLine(double seconds) {
   std::string line = _unread.substr(0, end);
   _unread.erase(0, end + 1);
   return line;
+}
+
+void Process::awaitLine(const std::string &line) {
+  while (("\n" + _unread).find("\n" + line + "\n") == std::string::npos) {
+    if (!readMore(kBound)) {
+      throw std::runtime_error(_name + " ended without the line '" + line + "'; it wrote:\n"
+                               + _unread + errors());
+    }
+  }
 }
 
 std::string Process::readAll(double seconds) {
@@ -211,7 +218,7 @@ void Process::stop() const {
 void Process::awaitStop() const {
   int status = 0;
   if (waitpid(_pid, &status, WUNTRACED) != _pid || !WIFSTOPPED(status)) {
-    throw std::runtime_error(_name + " ends instead of standing still");
+    throw std::runtime_error(_name + " has ended instead of stopping");
   }
 }
 
@@ -235,12 +242,27 @@ int Process::wait(double seconds) {
   if (!ends(seconds)) {
     throw std::runtime_error(_name + " does not end; it wrote to standard error:\n" + errors());
   }
+  return awaitEnd(std::exchange(_pid, -1));
+}
+
+Outcome Process::finish() {
+  closeInput();
+  Outcome outcome;
+  outcome.pid = _pid;
+  outcome.out = readAll();
+  outcome.status = wait();
+  outcome.err = errors();
+  return outcome;
+}
+
+int awaitEnd(pid_t child) {
   int status = 0;
-  if (waitpid(_pid, &status, 0) != _pid) {
-    fail("waitpid");
+  while (waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) {
+      fail("waitpid");
+    }
   }
-  _pid = -1;
   return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-} // namespace integration
+} // namespace support
