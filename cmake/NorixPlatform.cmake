@@ -41,6 +41,8 @@ endif()
 message(STATUS "The platform's interfaces come from: ${norix_platform}")
 
 # What norix-assistant needs of it wherever the interfaces come from.
+add_subdirectory(${PROJECT_SOURCE_DIR}/platform/base/descriptors
+                 ${PROJECT_BINARY_DIR}/platform/base/descriptors)
 add_subdirectory(${PROJECT_SOURCE_DIR}/platform/ecore ${PROJECT_BINARY_DIR}/platform/ecore)
 add_subdirectory(${PROJECT_SOURCE_DIR}/platform/application/manifest
                  ${PROJECT_BINARY_DIR}/platform/application/manifest)

@@ -2,6 +2,8 @@
 #include "ecore/init.h"
 
 #include <Ecore.h>
+#include <standardStreams.h>
+
 #include <cstdlib>
 
 namespace platform::ecore {
@@ -34,6 +36,7 @@ private:
 } // namespace
 
 bool initialize() {
+  occupyStandardStreams(); // or a pipe of Ecore's is taken for standard error
   const RuntimeFolderForInit runtimeFolder;
   // These talk to the system bus, which few development machines have.
   ecore_app_no_system_modules();

@@ -17,7 +17,8 @@
  * line.
  *
  * All functions may be called from any thread, before main() and in destructors of static objects;
- * not from a signal handler. They leave errno as it is, and SIGPIPE does not leave them.
+ * not from a signal handler. They leave errno as it is and raise
+ * neither SIGPIPE nor SIGXFSZ.
  */
 
 #include <stdarg.h> /* NOLINT(modernize-deprecated-headers): for C, too */

@@ -3,13 +3,14 @@
 
 #include "bounds.h"
 
+#include <standardStreams.h>
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform {
@@ -17,44 +18,46 @@ namespace {
 
 constexpr mode_t kFileMode = 0644;
 
-/**
- * Keeps the SIGPIPE of a write from the application: while this lives the signal is held back in
- * this thread, and swallow() takes it away. One that was pending before stays pending.
- */
-class BrokenPipeGuard {
+/// Keeps the signals of a failed write from the application: SIGPIPE of a broken pipe, SIGXFSZ of a
+/// file that may grow no further. While this lives they are blocked in this thread, and swallow()
+/// takes away the one that was raised. One that was pending before stays pending.
+class SignalGuard {
 public:
-  BrokenPipeGuard() {
-    sigemptyset(&_brokenPipe);
-    sigaddset(&_brokenPipe, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &_brokenPipe, &_before);
-    // Only who holds the signal back can have one pending.
-    _wasPending = sigismember(&_before, SIGPIPE) == 1 && isPending();
+  SignalGuard() {
+    sigemptyset(&_signals);
+    sigaddset(&_signals, SIGPIPE);
+    sigaddset(&_signals, SIGXFSZ);
+    pthread_sigmask(SIG_BLOCK, &_signals, &_before);
+    sigemptyset(&_pending);
+    // Only a blocked signal can be pending.
+    if (sigismember(&_before, SIGPIPE) == 1 || sigismember(&_before, SIGXFSZ) == 1) {
+      sigpending(&_pending);
+    }
   }
-  BrokenPipeGuard(const BrokenPipeGuard &) = delete;
-  BrokenPipeGuard &operator=(const BrokenPipeGuard &) = delete;
-  ~BrokenPipeGuard() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
+  SignalGuard(const SignalGuard &) = delete;
+  SignalGuard &operator=(const SignalGuard &) = delete;
+  ~SignalGuard() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
 
-  void swallow() const {
+  void swallow(int signal) const {
+    if (sigismember(&_pending, signal) == 1) {
+      return;
+    }
     constexpr timespec kAtOnce{0, 0};
-    while (!_wasPending && sigtimedwait(&_brokenPipe, nullptr, &kAtOnce) < 0 && errno == EINTR) {
+    sigset_t raised;
+    sigemptyset(&raised);
+    sigaddset(&raised, signal);
+    while (sigtimedwait(&raised, nullptr, &kAtOnce) < 0 && errno == EINTR) {
     }
   }
 
 private:
-  static bool isPending() {
-    sigset_t pending;
-    sigemptyset(&pending);
-    sigpending(&pending);
-    return sigismember(&pending, SIGPIPE) == 1;
-  }
-
-  sigset_t _brokenPipe;
+  sigset_t _signals;
   sigset_t _before;
-  bool _wasPending;
+  sigset_t _pending;
 };
 
-/** Whether a failed write may be tried again. */
-bool isWorthRetrying(int descriptor) {
+/// Whether a failed write may be tried again.
+bool isWorthRetrying(int descriptor, int patienceMs) {
   if (errno == EINTR) {
     return true;
   }
@@ -62,49 +65,42 @@ bool isWorthRetrying(int descriptor) {
     return false;
   }
   pollfd room{descriptor, POLLOUT, 0};
-  return poll(&room, 1, kPatienceMs) > 0;
+  return poll(&room, 1, patienceMs) > 0;
 }
 
-bool writeWhole(int descriptor, std::string_view bytes) {
+/// 0, or the error that kept it from writing all.
+int writeWhole(int descriptor, std::string_view bytes, int patienceMs) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
     if (written > 0) {
       bytes.remove_prefix(static_cast<std::size_t>(written));
-    } else if (written == 0 || !isWorthRetrying(descriptor)) {
-      return false;
+    } else if (written == 0) {
+      return EIO;
+    } else if (!isWorthRetrying(descriptor, patienceMs)) {
+      return errno;
     }
   }
-  return true;
+  return 0;
 }
 
-bool writeGuarded(int descriptor, std::string_view bytes) {
-  const BrokenPipeGuard guard;
-  const bool written = writeWhole(descriptor, bytes);
-  if (!written && errno == EPIPE) {
-    guard.swallow();
+int writeGuarded(int descriptor, std::string_view bytes, int patienceMs) {
+  const SignalGuard guard;
+  const int error = writeWhole(descriptor, bytes, patienceMs);
+  if (error == EPIPE) {
+    guard.swallow(SIGPIPE);
+  } else if (error == EFBIG) {
+    guard.swallow(SIGXFSZ);
+  } else if (error == EBADF) {
+    occupyStandardStreams(); // the application closed it; whatever it opens next is no log
   }
-  return written;
+  return error;
 }
 
-/**
- * Opens the file for appending. Not blocking: a pipe by that name without a reader is refused
- * instead of stopping the application.
- */
+/// Opens the file for appending. Not blocking: a pipe by that name without a reader is refused
+/// instead of stopping the application.
 int openLog(const char *path) {
-  const int descriptor =
-      open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kFileMode);
-  if (descriptor < 0 || descriptor > STDERR_FILENO) {
-    return descriptor;
-  }
-  // One of the standard streams is closed: do not let its number make the log take its place.
-  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  close(descriptor);
-  return moved;
-}
-
-bool isRegularFile(int descriptor) {
-  struct stat status {};
-  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+  return aboveStandardStreams(
+      open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kFileMode));
 }
 
 } // namespace
@@ -121,15 +117,17 @@ Destination::Destination(const char *path) : _descriptor(STDERR_FILENO) {
     return;
   }
   _descriptor = descriptor;
-  _canBreak = !isRegularFile(descriptor);
 }
 
 bool Destination::write(std::string_view bytes) const {
-  return _canBreak ? writeGuarded(_descriptor, bytes) : writeWhole(_descriptor, bytes);
+  const int patienceMs = _isStalled.load(std::memory_order_relaxed) ? 0 : kPatienceMs;
+  const int error = writeGuarded(_descriptor, bytes, patienceMs);
+  _isStalled.store(error == EAGAIN, std::memory_order_relaxed);
+  return error == 0;
 }
 
 void writeToStandardError(std::string_view bytes) {
-  (void)writeGuarded(STDERR_FILENO, bytes);
+  (void)writeGuarded(STDERR_FILENO, bytes, kPatienceMs);
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 #ifndef PLATFORM_DLOG_DESTINATION_H
 #define PLATFORM_DLOG_DESTINATION_H
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -21,7 +22,8 @@ public:
 
 private:
   int _descriptor;
-  bool _canBreak = true;
+  /// Nobody reads the other end of what does not block: its lines are not waited for any more.
+  mutable std::atomic<bool> _isStalled{false};
   std::string _complaint;
 };
 

@@ -5,6 +5,8 @@
 #include "filter.h"
 #include "line.h"
 
+#include <standardStreams.h>
+
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -18,7 +20,16 @@ using platform::Line;
 
 namespace {
 
+// When the library is loaded, before the application opens anything that would get the number of
+// standard error if that is closed.
+[[gnu::constructor]] void protectStandardStreams() {
+  platform::occupyStandardStreams();
+}
+
 struct Log {
+  Log(const char *filterWords, const char *path)
+      : filter(filterWords != nullptr ? filterWords : ""), destination(path) {}
+
   Filter filter;
   Destination destination;
 };
@@ -75,8 +86,7 @@ const char *orEmpty(const char *text) {
 // secure_getenv: a program that runs with more rights than its caller opens no file for him.
 const Log *openLog() {
   const ErrnoKeeper keeper;
-  const auto *log = new (&room.log)
-      Log{Filter(orEmpty(secure_getenv("DLOG_FILTER"))), Destination(secure_getenv("DLOG_FILE"))};
+  const auto *log = new (&room.log) Log(secure_getenv("DLOG_FILTER"), secure_getenv("DLOG_FILE"));
   complain(*log);
   quickHighest.store(log->filter.highest(), std::memory_order_release);
   return log;

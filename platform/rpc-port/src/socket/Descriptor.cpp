@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/Descriptor.h"
 
+#include <standardStreams.h>
+
 #include <mutex>
 #include <pthread.h>
 #include <unistd.h>
@@ -40,7 +42,9 @@ private:
   LinkedList<Descriptor> _open;
 };
 
-Descriptor::Descriptor(int number) : _number(number) {
+// A port never has the number of a standard stream: what the application prints is not for its
+// peer.
+Descriptor::Descriptor(int number) : _number(aboveStandardStreams(number)) {
   const std::lock_guard<std::mutex> lock(DescriptorList::get().mutex());
   DescriptorList::get().add(*this);
 }

@@ -104,7 +104,7 @@ TEST_F(ALogFile, DoesNotTakeThePlaceOfAClosedStandardStream) {
     dlog_print(DLOG_ERROR, "TAG", "x");
     const bool areClosed = fcntl(STDIN_FILENO, F_GETFD) < 0 && fcntl(STDOUT_FILENO, F_GETFD) < 0
                            && fcntl(STDERR_FILENO, F_GETFD) < 0;
-    return areClosed ? 0 : 1;
+    return areClosed ? 0 : 1; // closed after the library was loaded: nobody has seen it yet
   });
 
   EXPECT_EQ(outcome.status, 0);
@@ -175,18 +175,59 @@ TEST_F(ALogFile, ThatIsFullIsAnError) {
   EXPECT_EQ(outcome.status, 0);
 }
 
+int printPastALimit() {
+  const rlimit small{60, 60};
+  setrlimit(RLIMIT_FSIZE, &small);
+  const int first = dlog_print(DLOG_ERROR, "TAG", "x");
+  const int second = dlog_print(DLOG_ERROR, "TAG", "x");
+  return first > 0 && second == DLOG_ERROR_NOT_PERMITTED ? 0 : 1;
+}
+
 TEST_F(ALogFile, IsPartlyWrittenWhenItMayGrowNoFurther) {
-  const Outcome outcome = inChild(environment(), [] {
-    const rlimit small{60, 60};
-    setrlimit(RLIMIT_FSIZE, &small);
-    std::signal(SIGXFSZ, SIG_IGN);
-    const int first = dlog_print(DLOG_ERROR, "TAG", "x");
-    const int second = dlog_print(DLOG_ERROR, "TAG", "x");
-    return first > 0 && second == DLOG_ERROR_NOT_PERMITTED ? 0 : 1;
-  });
+  const Outcome outcome = inChild(environment(), printPastALimit);
 
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(contentOf(_path).size(), 60U);
+}
+
+TEST_F(ALogFile, ThatIsStandardErrorMayBeLimitedAsWell) {
+  const Outcome outcome = inChild({}, [this] {
+    const int file = open(_path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    dup2(file, STDERR_FILENO);
+    return printPastALimit();
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+}
+
+volatile std::sig_atomic_t handled = 0;
+
+TEST_F(ALogFile, CallsNoHandlerWhenItMayGrowNoFurther) {
+  const Outcome outcome = inChild(environment(), [] {
+    std::signal(SIGXFSZ, [](int) { handled = 1; });
+    return printPastALimit() + handled;
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+}
+
+TEST_F(ALogFile, LeavesASignalPendingThatWasWhenItMayGrowNoFurther) {
+  const Outcome outcome = inChild(environment(), [] {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGXFSZ);
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    const int without = printPastALimit();
+    sigset_t pending;
+    sigpending(&pending);
+    const int left = sigismember(&pending, SIGXFSZ);
+    raise(SIGXFSZ);
+    dlog_print(DLOG_ERROR, "TAG", "x");
+    sigpending(&pending);
+    return without + (left == 0 ? 0 : 10) + (sigismember(&pending, SIGXFSZ) == 1 ? 0 : 20);
+  });
+
+  EXPECT_EQ(outcome.status, 0);
 }
 
 } // namespace

@@ -50,6 +50,26 @@ TEST(Threads, LogEachLineOnceAndWhole) {
   EXPECT_EQ(lines, expected);
 }
 
+/// Bit n of the parameter says that the program is started without descriptor n.
+class AProgram : public testing::TestWithParam<int> {};
+
+INSTANTIATE_TEST_SUITE_P(WithoutStandardStreams, AProgram, testing::Range(0, 8));
+
+TEST_P(AProgram, OpensNothingInThePlaceOfAStandardStream) {
+  const Outcome outcome = inChild({}, [] {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+      if ((GetParam() >> stream & 1) != 0) {
+        close(stream);
+      }
+    }
+    execl(DLOG_NEXT_DESCRIPTOR, DLOG_NEXT_DESCRIPTOR, nullptr);
+    return 99;
+  });
+
+  EXPECT_GT(outcome.status, STDERR_FILENO);
+  EXPECT_NE(outcome.status, 99);
+}
+
 TEST(StaticObjects, LogWhenTheyAreConstructedAndDestroyed) {
   const Outcome outcome = inChild({}, [] {
     execl(DLOG_STATIC_OBJECTS, DLOG_STATIC_OBJECTS, nullptr);

@@ -64,6 +64,17 @@ TEST(AClosedStandardError, IsAnError) {
   EXPECT_EQ(outcome.status, 0);
 }
 
+TEST(AClosedStandardError, IsNotReplacedByWhatIsOpenedNext) {
+  const Outcome outcome = inChild({}, [] {
+    close(STDERR_FILENO);
+    const int result = printsNothing();
+    const int next = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    return result + printsNothing() + (next > STDERR_FILENO ? 0 : 10);
+  });
+
+  EXPECT_EQ(outcome.status, 0);
+}
+
 TEST(ABrokenPipe, IsAnErrorAndDoesNotKill) {
   const Outcome outcome = inChild({}, [] {
     std::signal(SIGPIPE, SIG_DFL);

@@ -543,5 +543,32 @@ TEST_F(Runtime, SurvivesAPeerThatIsGoneWhileItSends) {
   EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
 }
 
+/// Ports that come about while standard input is closed.
+class PortsWithoutStandardInput : public Runtime {
+protected:
+  PortsWithoutStandardInput() : _saved(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)) {
+    close(STDIN_FILENO);
+  }
+  ~PortsWithoutStandardInput() override {
+    dup2(_saved, STDIN_FILENO);
+    close(_saved);
+  }
+
+private:
+  int _saved;
+};
+
+TEST_F(PortsWithoutStandardInput, DoNotTakeItsPlace) {
+  StubEnd stub;
+  ProxyEnd proxy;
+
+  ASSERT_EQ(stub.listen(), RPC_PORT_ERROR_NONE);
+  proxy.connect();
+
+  EXPECT_TRUE(runUntil([&] { return !proxy.mainPorts.empty() && !stub.instances.empty(); }));
+  char byte = 'x';
+  EXPECT_TRUE(read(STDIN_FILENO, &byte, 1) < 0 && errno == EBADF);
+}
+
 } // namespace
 } // namespace rpc_test
