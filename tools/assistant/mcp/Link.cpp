@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/mcp/Link.h"
+
+#include <utility>
+
+namespace norix::assistant::mcp {
+namespace {
+
+// How often a started application is tried until it listens.
+constexpr double kRetrySeconds = 0.05;
+
+Request requestFor(const Work &work) {
+  return work.isState() ? stateRequest() : actionRequest(work.actionId, work.params);
+}
+
+Outcome unknown(const std::string &what) {
+  return {Outcome::Kind::Unknown, "Outcome unknown: " + what
+                                      + ". The action may have been executed; read the state "
+                                        "before repeating it."};
+}
+
+Outcome notExecuted(const std::string &what) {
+  return {Outcome::Kind::NotExecuted, "Not executed: " + what};
+}
+
+// The library's failures, told apart by their texts: only a timeout leaves the outcome open.
+Outcome failureOutcome(const Response &response, const std::string &appId) {
+  const std::string &message = response.statusMessage();
+  if (message.find("timed out") != std::string::npos) {
+    return unknown("'" + appId + "' took the request and did not answer in time (" + message + ")");
+  }
+  return {Outcome::Kind::Failed,
+          "Not executed: '" + appId + "' has not registered this (" + message
+              + "). Use another tool, or ask the application's developer to register it."};
+}
+
+} // namespace
+
+Link::Link(Settings settings) : _settings(std::move(settings)) {}
+
+void Link::run(const Work &work, Done done) {
+  _current.emplace();
+  _current->request = requestFor(work);
+  _current->done = std::move(done);
+  _current->limit = std::make_unique<Timer>(_settings.runSeconds, [this] { onLimit(); });
+  if (_registered) {
+    send();
+  } else {
+    connect();
+  }
+}
+
+void Link::connect() {
+  _registered = false;
+  Client::Handlers handlers;
+  handlers.connected = [this] { onConnected(); };
+  handlers.ended = [this](const Error &error) { onEnded(error); };
+  handlers.answered = [this](const Answer &answer) { onAnswered(answer); };
+  handlers.malformed = [this](const Error &error) { fail(error); };
+  try {
+    _client = std::make_unique<Client>(std::move(handlers));
+    _client->connect(_settings.appId);
+  } catch (const Error &error) {
+    onEnded(error);
+  }
+}
+
+void Link::onConnected() {
+  try {
+    _client->setCallback({});
+    _registered = true;
+  } catch (const Error &error) {
+    fail(error);
+    return;
+  }
+  if (_current) {
+    send();
+  }
+}
+
+void Link::send() {
+  try {
+    _client->send(_current->request);
+    _current->sent = true;
+  } catch (const Error &) {
+    // Nothing of the request has left: the connection ended while nobody looked.
+    connect();
+  }
+}
+
+void Link::onEnded(const Error &error) {
+  _registered = false;
+  _client.reset();
+  if (!_current) {
+    return;
+  }
+  if (!_current->sent && error.failure() == Failure::CannotConnect) {
+    launchOrFail();
+    return;
+  }
+  fail(error);
+}
+
+void Link::launchOrFail() {
+  if (!_settings.launch) {
+    finish(notExecuted("'" + _settings.appId
+                       + "' is not running, or does not accept connections. Ask the user to start "
+                         "it."));
+    return;
+  }
+  try {
+    if (!std::exchange(_current->launched, true)) {
+      _settings.launch();
+    }
+  } catch (const std::exception &error) {
+    finish(notExecuted("'" + _settings.appId + "' cannot be started: " + error.what()));
+    return;
+  }
+  _retry = std::make_unique<Timer>(kRetrySeconds, [this] { connect(); });
+}
+
+void Link::fail(const Error &error) {
+  _registered = false;
+  _client.reset();
+  if (!_current) {
+    return;
+  }
+  if (_current->sent) {
+    finish(unknown(error.what()));
+  } else if (error.failure() == Failure::Refused) {
+    finish(notExecuted("the application's allow list does not name '" + _settings.senderId
+                       + "'. Ask the user to add it to the list."));
+  } else {
+    finish(notExecuted(error.what()));
+  }
+}
+
+void Link::onAnswered(const Answer &answer) {
+  // An answer to an earlier request, whose time ran out, is dropped here.
+  if (!_current || answer.response.requestId() != _current->request.requestId) {
+    return;
+  }
+  finish(answer.response.succeeded() ? Outcome{Outcome::Kind::Answered, answer.response.text()}
+                                     : failureOutcome(answer.response, _settings.appId));
+}
+
+void Link::onLimit() {
+  if (_current->sent) {
+    finish(unknown("'" + _settings.appId + "' did not answer in time"));
+    return;
+  }
+  _retry.reset();
+  _client.reset();
+  _registered = false;
+  finish(notExecuted("'" + _settings.appId + "' could not be reached in time"));
+}
+
+void Link::finish(Outcome outcome) {
+  const Current finished = *std::exchange(_current, std::nullopt);
+  finished.done(outcome);
+}
+
+} // namespace norix::assistant::mcp

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NORIX_ASSISTANT_MCP_LINK_H
+#define NORIX_ASSISTANT_MCP_LINK_H
+
+#include "assistant/client/Client.h"
+#include "assistant/client/Timer.h"
+#include "assistant/mcp/Work.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace norix::assistant::mcp {
+
+/**
+ * @brief The connection to one application: made when it is first needed, and again after it broke.
+ * @details One request at a time. Nothing that was sent is ever sent again.
+ */
+class Link {
+public:
+  struct Settings {
+    std::string appId;
+    std::string senderId;   ///< As whom the bridge asks; for the words of a refusal.
+    double runSeconds = 32; ///< From the beginning of a request to its end, connecting included.
+    std::function<void()> launch; ///< Starts the application; empty: it has to run. Throws.
+  };
+
+  explicit Link(Settings settings);
+
+  /// Sends a request. @a done is called once, from the main loop or at once.
+  void run(const Work &work, Done done);
+
+private:
+  struct Current {
+    Request request;
+    Done done;
+    std::unique_ptr<Timer> limit;
+    bool sent = false;
+    bool launched = false;
+  };
+
+  void connect();
+  void onConnected();
+  void onEnded(const Error &error);
+  void onAnswered(const Answer &answer);
+  void send();
+  void launchOrFail();
+  void onLimit();
+  void fail(const Error &error);
+  void finish(Outcome outcome);
+
+  Settings _settings;
+  std::unique_ptr<Client> _client;
+  bool _registered = false;
+  std::optional<Current> _current;
+  std::unique_ptr<Timer> _retry;
+};
+
+} // namespace norix::assistant::mcp
+
+#endif
