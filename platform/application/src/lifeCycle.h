@@ -19,10 +19,6 @@ struct LifeCycle {
   std::function<void()> terminate;
 };
 
-// One process is one application with one loop, so there is one copy of this, in
-// libcapi-appfw-application; libcapi-appfw-service-application calls it there.
-#pragma GCC visibility push(default)
-
 /**
  * @brief Runs an application from its creation to its end. The result is one of #app_error_e.
  * @details An exception that leaves a callback passes through; Ecore has been shut down by then.
@@ -31,8 +27,6 @@ int runLifeCycle(const LifeCycle &application);
 
 /** @brief Ends the running application's loop, or keeps it from starting. */
 void endLifeCycle();
-
-#pragma GCC visibility pop
 
 } // namespace platform::application
 
