@@ -14,7 +14,7 @@
  * |---|---|
  * | norix::Assistant | initialises the library, and holds the callables |
  * | norix::Request | a request to answer later |
- * | norix::Action | an action's id, and what is declared about it |
+ * | norix::Action, norix::State | an action's id; what is declared |
  * | norix::Outcome | what became of an answer |
  * | norix::Error, norix::Result | failures |
  *
@@ -38,5 +38,6 @@
 #include <norix/Error.hpp>
 #include <norix/Outcome.hpp>
 #include <norix/Request.hpp>
+#include <norix/State.hpp>
 
 #endif

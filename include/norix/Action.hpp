@@ -42,6 +42,11 @@ public:
     _utterances.push_back(std::move(text));
     return std::move(*this);
   }
+  /** @brief Parameters to call the action with, a JSON object. May be called repeatedly. */
+  Action example(std::string json) && {
+    _examples.push_back(std::move(json));
+    return std::move(*this);
+  }
   /** @brief Declares that the action changes nothing. */
   Action readOnly() && {
     _isReadOnly = true;
@@ -64,6 +69,7 @@ public:
   const std::string &title() const &noexcept { return _title; }
   const std::string &description() const &noexcept { return _description; }
   const std::vector<std::string> &utterances() const noexcept { return _utterances; }
+  const std::vector<std::string> &examples() const noexcept { return _examples; }
   bool isReadOnly() const noexcept { return _isReadOnly; }
   bool isDestructive() const noexcept { return _isDestructive; }
   bool needsConfirmation() const noexcept { return _needsConfirmation; }
@@ -74,6 +80,7 @@ private:
   std::string _title{};
   std::string _description{};
   std::vector<std::string> _utterances{};
+  std::vector<std::string> _examples{};
   bool _isReadOnly = false;
   bool _isDestructive = false;
   bool _needsConfirmation = false;

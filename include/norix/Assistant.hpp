@@ -5,6 +5,7 @@
 #include <norix/Action.hpp>
 #include <norix/Error.hpp>
 #include <norix/Request.hpp>
+#include <norix/State.hpp>
 #include <norix/detail/Handler.hpp>
 #include <norix/detail/Registry.hpp>
 
@@ -93,15 +94,15 @@ public:
   /**
    * @brief Says who answers when the assistant asks for the application's state.
    * @details There is one: a second one replaces the first.
-   * @param callable     See the class; with norix/json.hpp it may return whatever converts to JSON
-   * @param description  What the state is about, for declarations()
+   * @param callable  See the class; with norix/json.hpp it may return whatever converts to JSON
+   * @param about     What is declared
    * @throw Error  The library is not initialised any more, memory is short, or this is another
    * thread
    */
   template <class Callable>
-  void onState(Callable callable, std::string description = {}) {
+  void onState(Callable callable, State about = {}) {
     fail(registry().setState(detail::HandlerFor<Callable>::make(std::move(callable)),
-                             std::move(description)));
+                             std::move(about)));
   }
 
   /**
@@ -144,8 +145,8 @@ public:
    */
   template <class Json = detail::NeedsJson>
   std::string declarations() const {
-    return detail::DeclarationsOf<Json>::text(_registry != nullptr ? *_registry
-                                                                   : detail::Registry());
+    return _registry != nullptr ? detail::DeclarationsOf<Json>::text(*_registry)
+                                : detail::DeclarationsOf<Json>::text(detail::Registry());
   }
 
 private:
@@ -156,7 +157,7 @@ private:
   // A moved-from object gets a registry that is not connected, so that its use is an error.
   detail::Registry &registry() {
     if (_registry == nullptr) {
-      _registry = std::make_unique<detail::Registry>(detail::Registry::State::MovedFrom);
+      _registry = std::make_unique<detail::Registry>(detail::Registry::Life::MovedFrom);
     }
     return *_registry;
   }

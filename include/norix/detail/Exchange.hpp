@@ -174,14 +174,15 @@ private:
       return nobodyWaits(actionId.c_str());
     }
     _current.store(0);
-    return guarded(
-        [this, text] {
-          const int result = _request.kind == Kind::State
-                                 ? norix_complete_app_state_request(_request.handle, text)
-                                 : norix_complete_action_execution(_request.handle, text);
-          return result == NORIX_ERROR_NONE ? Outcome::Sent : failed(result);
-        },
-        [this](const char * /*what*/) { return failed(NORIX_ERROR_OUT_OF_MEMORY); });
+    const int result =
+        guarded([this, text] { return complete(text); },
+                [](const char * /*what*/) -> int { return NORIX_ERROR_OUT_OF_MEMORY; });
+    return result == NORIX_ERROR_NONE ? Outcome::Sent : failed(result);
+  }
+
+  int complete(const char *text) const {
+    return _request.kind == Kind::State ? norix_complete_app_state_request(_request.handle, text)
+                                        : norix_complete_action_execution(_request.handle, text);
   }
 
   Outcome post(RequestId id, const SharedId &actionId, const char *text) noexcept {

@@ -157,10 +157,12 @@ struct HandlerOf final : Handler {
   Callable callable;
 };
 
-// A handler, and what is to be declared about its parameters: a JSON Schema, or nothing.
+// A handler, what is to be declared about its parameters (a JSON Schema, or nothing), and what is
+// wrong with them (a sentence, or nothing).
 struct Handled {
   std::shared_ptr<Handler> handler{};
   std::string parameters{};
+  std::string complaint{};
 };
 
 // How the arguments behind the action become a handler: here, one callable. norix/json.hpp adds
@@ -178,7 +180,7 @@ template <class Callable>
 struct HandlerFor<Callable> {
   static Handled make(Callable callable) {
     Shape<Callable>::check();
-    return {std::make_shared<HandlerOf<Callable>>(std::move(callable)), std::string()};
+    return {std::make_shared<HandlerOf<Callable>>(std::move(callable)), {}, {}};
   }
 };
 

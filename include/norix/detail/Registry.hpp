@@ -5,6 +5,7 @@
 #include <norix.h>
 #include <norix/Action.hpp>
 #include <norix/Error.hpp>
+#include <norix/State.hpp>
 #include <norix/detail/Handler.hpp>
 
 #include <bundle.h>
@@ -21,7 +22,7 @@ namespace detail {
 // What an Assistant has registered with the library, and the library's life.
 class Registry {
 public:
-  enum class State { Declaring, Connected, MovedFrom };
+  enum class Life { Declaring, Connected, MovedFrom };
 
   // An action as it was registered: who is called, and what is declared.
   struct Registered {
@@ -30,12 +31,12 @@ public:
     std::string parameters{};
   };
 
-  explicit Registry(State state = State::Declaring) : _state(state) {}
+  explicit Registry(Life life = Life::Declaring) : _life(life) {}
   Registry(const Registry &) = delete;
   Registry &operator=(const Registry &) = delete;
 
   ~Registry() {
-    if (_state != State::Connected) {
+    if (_life != Life::Connected) {
       return;
     }
     Exchange &exchange = Exchange::instance();
@@ -49,7 +50,7 @@ public:
 
   // Whether this thread may take it down.
   bool mayEndHere() const noexcept {
-    return _state != State::Connected || Exchange::instance().isMainThread();
+    return _life != Life::Connected || Exchange::instance().isMainThread();
   }
 
   std::optional<Error> connect() {
@@ -61,12 +62,12 @@ public:
     if (error.has_value()) {
       Exchange::instance().close();
     } else {
-      _state = State::Connected;
+      _life = Life::Connected;
     }
     return error;
   }
 
-  std::optional<Error> setState(Handled handled, std::string description) {
+  std::optional<Error> setState(Handled handled, State about) {
     auto registration = std::make_shared<Registration>(
         std::make_shared<const std::string>(ACTION_GET_APP_STATE), std::move(handled.handler));
     if (auto error = call("norix_set_app_state_request_cb", [&registration] {
@@ -75,11 +76,14 @@ public:
       return error;
     }
     _appState = std::move(registration);
-    _stateDescription = std::move(description);
+    _aboutState = std::move(about);
     return std::nullopt;
   }
 
   std::optional<Error> setAction(const Action &action, const Handled &handled) {
+    if (!handled.complaint.empty()) {
+      return Error("norix::Assistant::onAction", NORIX_ERROR_INVALID_PARAMETER, handled.complaint);
+    }
     for (const std::string &id : action.ids()) {
       if (auto error = setAction(id, action, handled)) {
         return error;
@@ -107,7 +111,7 @@ public:
 
   const std::map<std::string, Registered> &actions() const noexcept { return _actions; }
   bool hasState() const noexcept { return _appState != nullptr; }
-  const std::string &stateDescription() const noexcept { return _stateDescription; }
+  const State &aboutState() const noexcept { return _aboutState; }
 
 private:
   static void onState(void *handle, void *registration) noexcept {
@@ -187,10 +191,10 @@ private:
 
   template <class Function>
   std::optional<Error> call(const char *name, Function function) const {
-    if (_state == State::Declaring) {
+    if (_life == Life::Declaring) {
       return std::nullopt;
     }
-    if (_state == State::MovedFrom) {
+    if (_life == Life::MovedFrom) {
       return Error(name, NORIX_ERROR_INVALID_PARAMETER, "this Assistant was moved from");
     }
     if (!Exchange::instance().isMainThread()) {
@@ -210,9 +214,9 @@ private:
             : "memory is short");
   }
 
-  State _state;
+  Life _life;
   std::shared_ptr<Registration> _appState{};
-  std::string _stateDescription{};
+  State _aboutState{};
   std::map<std::string, Registered> _actions{};
 };
 

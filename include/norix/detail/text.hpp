@@ -17,14 +17,15 @@ struct Never : std::false_type {};
 template <class Value>
 using Bare = std::remove_cv_t<std::remove_reference_t<Value>>;
 
+// C texts, std::string and std::string_view. Nothing that only converts to one of them: a JSON
+// value does, and would throw.
 template <class Value>
 struct IsText
-    : std::integral_constant<
-          bool,
-          !std::is_same_v<
+    : std::bool_constant<
+          std::is_same_v<
               Value,
-              std::
-                  nullptr_t> && (std::is_convertible_v<const Value &, const char *> || std::is_convertible_v<const Value &, std::string_view> || std::is_convertible_v<const Value &, std::string>)> {
+              const char
+                  *> || std::is_same_v<Value, char *> || std::is_same_v<Value, std::string> || std::is_same_v<Value, std::string_view>> {
 };
 
 // How a value becomes the text of an answer. norix/json.hpp adds what converts to JSON.
@@ -47,14 +48,12 @@ struct TextOf<Value, std::enable_if_t<IsText<Value>::value>> {
   static constexpr bool kIsKnown = true;
   // A C text or a std::string is used as it is, a std::string_view has no end that C could find.
   static decltype(auto) of(const Value &value) {
-    if constexpr (std::is_convertible_v<const Value &, const char *>) {
-      return static_cast<const char *>(value);
-    } else if constexpr (std::is_same_v<Value, std::string>) {
+    if constexpr (std::is_same_v<Value, std::string>) {
       return static_cast<const std::string &>(value);
-    } else if constexpr (std::is_convertible_v<const Value &, std::string_view>) {
-      return std::string(static_cast<std::string_view>(value));
+    } else if constexpr (std::is_same_v<Value, std::string_view>) {
+      return std::string(value);
     } else {
-      return static_cast<std::string>(value);
+      return static_cast<const char *>(value);
     }
   }
 };
