@@ -12,9 +12,6 @@ namespace norix::assistant::trace {
 /// included, stays as it is.
 std::string visible(std::string_view text);
 
-/// Whether the bytes are UTF-8: no overlong form, no surrogate, nothing beyond U+10FFFF.
-bool isUtf8(std::string_view text);
-
 } // namespace norix::assistant::trace
 
 #endif

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "probe/Record.h"
+
+#include <cstring>
+#include <ctime>
+#include <unistd.h>
+
+namespace norix::probe {
+namespace {
+
+constexpr std::uint64_t kNanoseconds = 1000000000;
+
+thread_local int cachedThreadId = 0;
+
+bool continuesCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
+}
+
+std::string_view cut(std::string_view text) {
+  if (text.size() <= Record::kLongestText) {
+    return text;
+  }
+  std::size_t size = Record::kLongestText;
+  while (size > 0 && continuesCharacter(text[size])) {
+    --size;
+  }
+  return text.substr(0, size);
+}
+
+} // namespace
+
+std::uint64_t now() {
+  timespec time = {};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return static_cast<std::uint64_t>(time.tv_sec) * kNanoseconds
+         + static_cast<std::uint64_t>(time.tv_nsec);
+}
+
+int threadId() {
+  if (cachedThreadId == 0) {
+    cachedThreadId = gettid();
+  }
+  return cachedThreadId;
+}
+
+void forgetThreadId() {
+  cachedThreadId = 0;
+}
+
+Record::Record(EventKind kind) {
+  const Header header = {now(), threadId(), kind};
+  std::memcpy(_bytes.data(), &header, sizeof header);
+  _size = sizeof header;
+}
+
+Record &Record::number(Field field, std::int64_t value) {
+  add(field, ValueType::Number, &value, sizeof value);
+  return *this;
+}
+
+Record &Record::boolean(Field field, bool value) {
+  add(field, ValueType::Boolean, &value, sizeof value);
+  return *this;
+}
+
+Record &Record::decimal(Field field, std::uint64_t value) {
+  add(field, ValueType::Decimal, &value, sizeof value);
+  return *this;
+}
+
+Record &Record::pointer(Field field, const void *value) {
+  add(field, ValueType::Pointer, &value, sizeof value);
+  return *this;
+}
+
+Record &Record::text(Field field, const char *value) {
+  return value != nullptr ? text(field, std::string_view(value)) : *this;
+}
+
+Record &Record::text(Field field, std::string_view value) {
+  const std::string_view kept = cut(value);
+  add(field, ValueType::Text, kept.data(), kept.size());
+  return *this;
+}
+
+void Record::add(Field field, ValueType type, const void *value, std::size_t size) {
+  const FieldHeader header = {field, type, static_cast<std::uint16_t>(size)};
+  if (_size + sizeof header + size > _bytes.size()) {
+    return;
+  }
+  std::memcpy(&_bytes[_size], &header, sizeof header);
+  std::memcpy(&_bytes[_size + sizeof header], value, size);
+  _size += sizeof header + size;
+}
+
+} // namespace norix::probe
