@@ -118,14 +118,15 @@ TEST_F(TheLaunchCommand, SaysWhereTheManifestIsWrong) {
   const auto folder = install();
   runtime.write(std::string("apps/") + kId + "/tizen-manifest.xml", "<manifest><oops");
 
-  expectRefusal(runAssistant({"launch", folder}), "at byte ");
+  expectRefusal(runAssistant({"launch", folder}), "tizen-manifest.xml:1: ");
 }
 
 TEST_F(TheLaunchCommand, SaysWhatTheManifestLacks) {
   const auto folder = install();
-  runtime.write(std::string("apps/") + kId + "/tizen-manifest.xml", "<manifest/>");
+  runtime.write(std::string("apps/") + kId + "/tizen-manifest.xml",
+                "<manifest package=\"org.example.script\"/>");
 
-  expectRefusal(runAssistant({"launch", folder}), "declares no application");
+  expectRefusal(runAssistant({"launch", folder}), "no application is declared");
 }
 
 } // namespace

@@ -96,12 +96,28 @@ void CommandLine::addRun() {
 
 void CommandLine::addLaunch() {
   CLI::App *launch = _app.add_subcommand(
-      "launch", "Starts an application from its folder, in the foreground, with its app id set");
+      "launch", "Starts an application from its folder, and says what it does wrong");
   launch
       ->add_option("APP", _options.target,
-                   "The folder with the application's tizen-manifest.xml, or an app id that names "
+                   "The folder with the application's tizen-manifest.xml, that file, or an app id "
+                   "that names "
                    "a folder in $NORIX_DESKTOP_APPS")
       ->required();
+  launch->add_flag("--trace", _options.traces, "Shows what happens in the application");
+  launch->add_flag("--json", _options.isJson,
+                   "Events and findings as JSON lines on standard output; the application's own "
+                   "output goes to standard error");
+  launch->add_flag("--strict", _options.isStrict, "Ends with status 10 when there were findings");
+  CLI::Option *wait = launch->add_flag("--wait", _options.waitsForListening,
+                                       "Returns when the application listens, and leaves it "
+                                       "running");
+  launch->add_flag("--stop", _options.stops, "Ends an application that was launched")
+      ->excludes(wait);
+  launch
+      ->add_option("--completion-timeout", _options.completionTimeout,
+                   "After how long the library gives up waiting for an answer, instead of 30")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kShortestDeadline, kLongestDeadline));
   launch->add_option("ARGUMENT", _options.arguments, "Passed on to the application; after --");
   launch->footer("Examples:\n"
                  "  norix-assistant launch build/dev/examples/light\n"

@@ -15,7 +15,9 @@ enum class ExitStatus {
   Disconnected = 6,
   Malformed = 7,
   CannotLaunch = 8,
-  Internal = 9
+  Internal = 9,
+  // launch --strict: the application made mistakes.
+  FindingsSeen = 10
 };
 
 } // namespace norix::assistant::cli

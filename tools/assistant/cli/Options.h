@@ -2,6 +2,7 @@
 #ifndef NORIX_ASSISTANT_CLI_OPTIONS_H
 #define NORIX_ASSISTANT_CLI_OPTIONS_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,14 @@ struct Options {
   // launch
   std::string target;
   std::vector<std::string> arguments;
+  bool isStrict = false;
+  bool waitsForListening = false;
+  bool stops = false;
+  std::optional<double> completionTimeout;
+
+  // launch, run, state, monitor
+  bool traces = false;
+  bool isJson = false;
 };
 
 } // namespace norix::assistant::cli

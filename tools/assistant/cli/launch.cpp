@@ -1,106 +1,134 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/cli/launch.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
+#include "assistant/launch/Background.h"
+#include "assistant/launch/Supervisor.h"
+#include "assistant/trace/visible.h"
+
 #include <iostream>
-#include <pugixml.hpp>
-#include <stdexcept>
-#include <unistd.h>
+#include <sstream>
+#include <sys/wait.h>
 
 namespace norix::assistant::cli {
 namespace {
 
-namespace fs = std::filesystem;
+using launch::Ending;
+using launch::LaunchError;
+using launch::LaunchOptions;
+using launch::Target;
 
-constexpr const char *kManifestName = "tizen-manifest.xml";
-constexpr const char *kAppsVariable = "NORIX_DESKTOP_APPS";
+// What shells add to the number of a signal.
+constexpr int kSignalStatus = 128;
 
-struct Application {
-  std::string id;
-  std::string exec;
-};
-
-fs::path findFolder(const std::string &target) {
-  if (fs::exists(fs::path(target) / kManifestName)) {
-    return fs::canonical(target);
-  }
-  if (target.find('/') != std::string::npos || fs::is_directory(target)) {
-    throw std::runtime_error("no " + std::string(kManifestName) + " in '" + target
-                             + "'; give the application's folder");
-  }
-
-  const char *apps = std::getenv(kAppsVariable);
-  if (apps == nullptr) {
-    throw std::runtime_error("there is no folder '" + target + "'; for an app id, set "
-                             + kAppsVariable + " to the folder that holds the applications");
-  }
-  const fs::path folder = fs::path(apps) / target;
-  if (!fs::exists(folder / kManifestName)) {
-    throw std::runtime_error("no " + std::string(kManifestName) + " in '" + folder.string()
-                             + "'; check the app id and " + kAppsVariable);
-  }
-  return fs::canonical(folder);
+LaunchOptions launchOptions(const Options &options) {
+  LaunchOptions made;
+  made.target = options.target;
+  made.arguments = options.arguments;
+  made.traces = options.traces;
+  made.isJson = options.isJson;
+  made.isStrict = options.isStrict;
+  made.waits = options.waitsForListening;
+  made.completionTimeout = options.completionTimeout;
+  return made;
 }
 
-Application readManifest(const fs::path &path) {
-  pugi::xml_document document;
-  const pugi::xml_parse_result parsed = document.load_file(path.c_str());
-  if (!parsed) {
-    throw std::runtime_error("'" + path.string() + "': " + parsed.description() + ", at byte "
-                             + std::to_string(parsed.offset) + "; correct the XML there");
+// The output of an application may stand in it: shown, line by line, never executed.
+void printError(const std::string &text) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    std::cerr << trace::visible(line) << '\n';
   }
-
-  for (const pugi::xml_node &element : document.child("manifest").children()) {
-    Application application{element.attribute("appid").value(), element.attribute("exec").value()};
-    if (!application.id.empty() && !application.exec.empty()) {
-      return application;
-    }
-  }
-  throw std::runtime_error("'" + path.string() + "' declares no application; add a "
-                           + "<ui-application> with the attributes appid and exec");
 }
 
-// As on a device in bin/, or beside the manifest while it is being developed.
-fs::path findProgram(const fs::path &folder, const std::string &exec) {
-  for (const fs::path &candidate : {folder / "bin" / exec, folder / exec}) {
-    if (fs::is_regular_file(candidate)) {
-      return candidate;
-    }
+ExitStatus refuse(const LaunchError &error, const Options &options) {
+  if (options.isJson) {
+    const nlohmann::json finding = {
+        {"event", "finding"}, {"finding", error.word()}, {"sentence", error.what()}};
+    std::cout << finding.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
   }
-  throw std::runtime_error("no program '" + exec + "' in '" + folder.string()
-                           + "' or its bin/; build the application first");
+  printError(std::string("norix-assistant: cannot launch: ") + error.what());
+  return ExitStatus::CannotLaunch;
 }
 
-[[noreturn]] void become(const fs::path &program, std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), program.string());
-  std::vector<char *> raw;
-  raw.reserve(arguments.size() + 1);
-  for (std::string &argument : arguments) {
-    raw.push_back(argument.data());
+void printEnding(const Ending &ending, const Options &options, int status) {
+  if (options.isJson) {
+    const nlohmann::json event = {
+        {"event", "ended"}, {"status", status}, {"findings", ending.findings}};
+    std::cout << event.dump() << std::endl;
   }
-  raw.push_back(nullptr);
+  if (WIFSIGNALED(ending.status) && ending.signal == 0) {
+    std::cerr << "norix-assistant: the application was ended by signal " << WTERMSIG(ending.status)
+              << '\n';
+  }
+  if (ending.neverListened) {
+    std::cerr << "norix-assistant: the application never listened: norix_initialize() failed\n";
+  }
+}
 
-  execv(program.c_str(), raw.data());
-  throw std::runtime_error("'" + program.string() + "' does not start: " + std::strerror(errno));
+int statusOf(const Ending &ending, const Options &options) {
+  if (options.isStrict && ending.findings > 0) {
+    return static_cast<int>(ExitStatus::FindingsSeen);
+  }
+  // A signal for this process is passed on: the application decides how it ends.
+  if (WIFSIGNALED(ending.status)) {
+    return kSignalStatus + WTERMSIG(ending.status);
+  }
+  const int status = WEXITSTATUS(ending.status);
+  return status == 0 && ending.neverListened ? static_cast<int>(ExitStatus::CannotLaunch) : status;
+}
+
+ExitStatus inForeground(const Target &target, const Options &options) {
+  const LaunchOptions made = launchOptions(options);
+  const Ending ending = launch::Supervisor(target, made).run();
+  const int status = statusOf(ending, options);
+  printEnding(ending, options, status);
+  return static_cast<ExitStatus>(status);
+}
+
+ExitStatus inBackground(const Target &target, const Options &options) {
+  const launch::LeftRunning left = launch::launchInBackground(target, launchOptions(options));
+  if (options.isJson) {
+    const nlohmann::json event = {
+        {"event", "listening"}, {"app", target.id}, {"pid", left.application}, {"log", left.log}};
+    std::cout << event.dump() << '\n';
+  } else {
+    std::cout << target.id << " listens, process " << left.application << ", log " << left.log
+              << '\n';
+  }
+  return ExitStatus::Answered;
+}
+
+// An application can be stopped when its folder is gone.
+std::string idOf(const std::string &target) {
+  try {
+    return launch::findTarget(target).id;
+  } catch (const LaunchError &) {
+    return target;
+  }
+}
+
+ExitStatus stop(const Options &options) {
+  const std::string id = idOf(options.target);
+  if (launch::stopLaunched(id)) {
+    return ExitStatus::Answered;
+  }
+  printError("norix-assistant: '" + id + "' was not started by norix-assistant launch, or has "
+             + "ended already");
+  return ExitStatus::CannotConnect;
 }
 
 } // namespace
 
 ExitStatus launch(const Options &options) {
+  if (options.stops) {
+    return stop(options);
+  }
   try {
-    const fs::path folder = findFolder(options.target);
-    const Application application = readManifest(folder / kManifestName);
-    const fs::path program = findProgram(folder, application.exec);
-
-    setenv("AUL_APPID", application.id.c_str(), 1);
-    setenv(kAppsVariable, folder.parent_path().c_str(), 1);
-    become(program, options.arguments);
-  } catch (const std::exception &error) {
-    std::cerr << "norix-assistant: cannot launch: " << error.what() << '\n';
-    return ExitStatus::CannotLaunch;
+    const Target target = launch::findTarget(options.target);
+    return options.waitsForListening ? inBackground(target, options)
+                                     : inForeground(target, options);
+  } catch (const LaunchError &error) {
+    return refuse(error, options);
   }
 }
 

@@ -7,7 +7,7 @@
 
 namespace norix::assistant::cli {
 
-// The command launch: becomes the application. Returns only when it cannot.
+// The command launch: starts an application, stays with it, and ends as it ends.
 ExitStatus launch(const Options &options);
 
 } // namespace norix::assistant::cli

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NORIX_ASSISTANT_LAUNCH_SOCKETS_H
+#define NORIX_ASSISTANT_LAUNCH_SOCKETS_H
+
+#include <string>
+#include <utility>
+
+namespace norix::assistant::launch {
+
+/// Owner of a file descriptor.
+class Descriptor {
+public:
+  explicit Descriptor(int number = -1) : _number(number) {}
+  Descriptor(Descriptor &&other) noexcept : _number(std::exchange(other._number, -1)) {}
+  Descriptor &operator=(Descriptor &&other) noexcept {
+    std::swap(_number, other._number);
+    return *this;
+  }
+  Descriptor(const Descriptor &) = delete;
+  ~Descriptor();
+
+  int get() const { return _number; }
+  explicit operator bool() const { return _number >= 0; }
+
+private:
+  int _number;
+};
+
+/// The user's own folder for what launched applications and their watchers share, made when it is
+/// not there: in $XDG_RUNTIME_DIR, else in the temporary folder. Mode 0700.
+/// @throw std::runtime_error when it belongs to somebody else, or cannot be made
+std::string runtimeFolder();
+
+/// A path in that folder for an application, short enough for a socket.
+std::string runtimePath(const std::string &appId, const std::string &suffix);
+
+/// A non-blocking Unix socket that listens at a path, where a dead one is replaced. None when
+/// another process listens there, or it cannot be made.
+Descriptor listenAt(const std::string &path);
+
+/// A non-blocking connection to a path. None when nobody listens.
+Descriptor connectTo(const std::string &path);
+
+/// Takes the next connection, of a process of this user. None when there is none.
+Descriptor acceptFrom(const Descriptor &listening);
+
+/// The process at the other end; 0 when it is not known.
+int peerOf(const Descriptor &connection);
+
+} // namespace norix::assistant::launch
+
+#endif
