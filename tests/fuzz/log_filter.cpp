@@ -14,7 +14,7 @@
 namespace {
 
 using fuzz::check;
-using platform::Filter;
+using platform::dlog::Filter;
 
 // As dlog_print asks.
 bool passes(const Filter &filter, int priority, const std::string &tag) {

@@ -68,6 +68,10 @@ LOG_LINES = {
     "empty-tag": log_line(b"text", b""),
     "newline-in-the-tag": log_line(b"first\nsecond", b"ta\ng"),
     "directives": log_line(b"%s%n%*d", b"%s"),
+    "escape-sequence": log_line(b"\x1b[31mred", b"\x1b"),
+    "control-in-utf8": log_line(b"\xc2\x9b31m \xc3\xa4"),
+    "characters-and-their-pieces": log_line("\u00e4\ud55c\U0001f3b5".encode() + b"\xe2\x82\xff"),
+    "escapes-longer-than-a-write": log_line(b"\x01" * 2000),
 }
 
 MANIFEST = (b'<?xml version="1.0" encoding="utf-8"?>\n'

@@ -24,7 +24,7 @@ const char *ownMessage(int err) {
   }
 }
 
-/** The C library's static, untranslated text, or null. */
+// The C library's static, untranslated text, or null.
 const char *errnoMessage(int err) {
   constexpr int kLargestErrno = 4095; // the kernel's own bound; also keeps -err from overflowing
   return err < 0 && err >= -kLargestErrno ? strerrordesc_np(-err) : nullptr;

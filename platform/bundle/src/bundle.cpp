@@ -16,7 +16,7 @@ using platform::give;
 
 namespace {
 
-/** Adds what @a add adds, under a key that the bundle does not have yet. */
+// Adds what add adds, under a key that the bundle does not have yet.
 template <typename Add>
 int addEntry(bundle *b, std::string_view key, std::size_t slots, Add add) {
   if (key.empty()) {

@@ -21,7 +21,7 @@ namespace wire = platform::bundle_wire;
 
 namespace {
 
-/** FNV-1a. Each step is a bijection: no single wrong byte goes unnoticed. */
+// FNV-1a. Each step is a bijection: no single wrong byte goes unnoticed.
 std::uint64_t checksumOf(const unsigned char *bytes, std::size_t size) {
   std::uint64_t sum = 0xcbf29ce484222325U;
   for (std::size_t i = 0; i < size; ++i) {
@@ -43,7 +43,7 @@ void putChecksum(bundle_raw *out, std::uint64_t sum) {
   }
 }
 
-/** The digit's value, or more than 15: one byte has one spelling, in lower case. */
+// The digit's value, or more than 15: one byte has one spelling, in lower case.
 unsigned int digitOf(bundle_raw c) {
   if (c >= '0' && c <= '9') {
     return c - static_cast<unsigned int>('0');
@@ -64,7 +64,7 @@ bool takeBytes(const bundle_raw *digits, std::vector<unsigned char> &bytes) {
   return true;
 }
 
-/** The wire form's text around its checksum, or null without memory. */
+// The wire form's text around its checksum, or null without memory.
 bundle_raw *encodeWire(const std::vector<unsigned char> &bytes) {
   auto *text = static_cast<bundle_raw *>(std::malloc(kChecksumDigits + 2 * bytes.size() + 1));
   if (text == nullptr) {
@@ -81,7 +81,7 @@ bundle_raw *encodeWire(const std::vector<unsigned char> &bytes) {
   return text;
 }
 
-/** The number of digits, when the size counts them alone or them and one NUL; otherwise 0. */
+// The number of digits, when the size counts them alone or them and one NUL; otherwise 0.
 std::size_t digitsOf(const bundle_raw *r, int data_size) {
   if (r == nullptr || data_size <= 0) {
     return 0;

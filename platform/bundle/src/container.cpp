@@ -103,7 +103,7 @@ bool bundle_s::isInRoom(const void *block) const {
   return reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(_room) < kRoom;
 }
 
-/** Takes the entry, also when it throws. */
+// Takes the entry, also when it throws.
 void bundle_s::append(Entry *entry) {
   if (_index || _count >= kMostUnindexed) {
     index(entry);

@@ -29,7 +29,7 @@ Entry *buildHeader(void *block, int type, std::string_view key, std::size_t size
   return entry;
 }
 
-/** An array whose slots are empty, with @a room bytes for them and what follows them. */
+// An array whose slots are empty, with room bytes for them and what follows them.
 EntryPtr makeArray(int type, std::string_view key, std::size_t length, std::size_t room) {
   void *block = allocateBlock(Entry::valueOffset(key.size()) + room);
   if (block == nullptr) {

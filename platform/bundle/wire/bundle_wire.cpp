@@ -10,7 +10,7 @@
 namespace platform::bundle_wire {
 namespace {
 
-/** What stands before the key and the value of an entry. */
+// What stands before the key and the value of an entry.
 struct EntryHeader {
   std::uint32_t type;
   std::uint32_t keySize;
@@ -18,7 +18,7 @@ struct EntryHeader {
 };
 static_assert(sizeof(EntryHeader) == 12, "the wire form has no padding");
 
-/** Writes as far as there is room, and counts in any case. */
+// Writes as far as there is room, and counts in any case.
 class Writer {
 public:
   Writer(unsigned char *out, std::size_t room) : _out(out), _room(room) {}
@@ -44,7 +44,7 @@ public:
   std::size_t count() const { return _count <= kMaxSize ? static_cast<std::size_t>(_count) : 0; }
 
 private:
-  /** A value that needs more than this makes the whole longer than kMaxSize, too. */
+  // A value that needs more than this makes the whole longer than kMaxSize, too.
   static std::uint32_t narrow(std::size_t value) { return static_cast<std::uint32_t>(value); }
 
   unsigned char *_out;
@@ -76,7 +76,7 @@ void putBasic(Writer &writer, std::string_view key, int type, bundle_keyval_t *k
   writer.bytes(value, size);
 }
 
-/** The bundle_iterator_t that writes one entry. */
+// The bundle_iterator_t that writes one entry.
 void putEntry(const char *key, const int type, const bundle_keyval_t *kv, void *userData) {
   Writer &writer = *static_cast<Writer *>(userData);
   auto *value = const_cast<bundle_keyval_t *>(kv); // the getters take it so and change nothing
@@ -87,7 +87,7 @@ void putEntry(const char *key, const int type, const bundle_keyval_t *kv, void *
   }
 }
 
-/** Takes a wire form apart; every function answers null or false for what is not one. */
+// Takes a wire form apart; every function answers null or false for what is not one.
 class Reader {
 public:
   Reader(const unsigned char *bytes, std::size_t length) : _next(bytes), _left(length) {}
@@ -114,7 +114,7 @@ public:
     return from;
   }
 
-  /** A text of @a size bytes, of which the last one, and no other, is its NUL. */
+  // A text of size bytes, of which the last one, and no other, is its NUL.
   const char *text(std::size_t size) {
     const unsigned char *from = bytes(size);
     if (from == nullptr || size == 0 || std::memchr(from, 0, size) != from + size - 1) {
@@ -123,14 +123,14 @@ public:
     return reinterpret_cast<const char *>(from);
   }
 
-  /** A key; null also when the keys so far are longer than those of a bundle can be. */
+  // A key; null also when the keys so far are longer than those of a bundle can be.
   const char *key(std::size_t size) {
     const char *const key = text(size);
     _keyBytes += size;
     return _keyBytes <= kMaxKeyBytes ? key : nullptr;
   }
 
-  /** Whether an array of that many slots can follow, and a bundle hold it with those so far. */
+  // Whether an array of that many slots can follow, and a bundle hold it with those so far.
   bool takeSlots(std::uint32_t slots) {
     _slots += slots;
     return slots <= _left / kMinSlotSize && _slots <= kMaxSlots;
@@ -180,7 +180,7 @@ int addArray(bundle *b, const char *key, const EntryHeader &header, Reader &read
                                               : addByteArray(b, key, header.size, reader);
 }
 
-/** Moves the next entry into the bundle, whose own checks refuse nulls and the keys it has. */
+// Moves the next entry into the bundle, whose own checks refuse nulls and the keys it has.
 int addEntry(bundle *b, Reader &reader) {
   EntryHeader header{};
   if (!reader.take(header)) {
@@ -221,7 +221,7 @@ struct BundleDeleter {
 };
 using BundlePtr = std::unique_ptr<bundle, BundleDeleter>;
 
-/** Any other refusal than for want of memory means the same: these bytes are no bundle. */
+// Any other refusal than for want of memory means the same: these bytes are no bundle.
 int reasonOf(int result) {
   return result == BUNDLE_ERROR_OUT_OF_MEMORY ? result : BUNDLE_ERROR_INVALID_PARAMETER;
 }

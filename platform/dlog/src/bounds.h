@@ -5,21 +5,18 @@
 #include <climits>
 #include <cstddef>
 
-/**
- * @file bounds.h
- * @brief Every bound of the log, in one place. README.md shows them as a table.
- */
-namespace platform {
+/// Every limit of the log, in one place. README.md shows them as a table.
+namespace platform::dlog {
 
-/** What one call writes at most, in bytes: as much as a pipe takes without mixing two writers. */
+/// Bytes that one call writes at most: as many as a pipe takes without mixing two writers.
 constexpr std::size_t kMaxLine = PIPE_BUF;
 
-/** What is shown of a tag at most, in bytes. */
+/// Bytes of a tag that are shown at most.
 constexpr int kMaxTag = 128;
 
-/** How long a line waits for room in a non-blocking descriptor before the rest of it is dropped. */
+/// Milliseconds that a line waits for room in a full non-blocking descriptor.
 constexpr int kPatienceMs = 100;
 
-} // namespace platform
+} // namespace platform::dlog
 
 #endif

@@ -13,14 +13,14 @@
 #include <poll.h>
 #include <unistd.h>
 
-namespace platform {
+namespace platform::dlog {
 namespace {
 
 constexpr mode_t kFileMode = 0644;
 
-/// Keeps the signals of a failed write from the application: SIGPIPE of a broken pipe, SIGXFSZ of a
-/// file that may grow no further. While this lives they are blocked in this thread, and swallow()
-/// takes away the one that was raised. One that was pending before stays pending.
+// Keeps the signals of a failed write from the application: SIGPIPE of a broken pipe, SIGXFSZ of a
+// file that may grow no further. While this lives they are blocked in this thread, and swallow()
+// takes away the one that was raised. One that was pending before stays pending.
 class SignalGuard {
 public:
   SignalGuard() {
@@ -56,7 +56,7 @@ private:
   sigset_t _pending;
 };
 
-/// Whether a failed write may be tried again.
+// Whether a failed write may be tried again.
 bool isWorthRetrying(int descriptor, int patienceMs) {
   if (errno == EINTR) {
     return true;
@@ -68,7 +68,7 @@ bool isWorthRetrying(int descriptor, int patienceMs) {
   return poll(&room, 1, patienceMs) > 0;
 }
 
-/// 0, or the error that kept it from writing all.
+// 0, or the error that kept it from writing all.
 int writeWhole(int descriptor, std::string_view bytes, int patienceMs) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
@@ -96,8 +96,8 @@ int writeGuarded(int descriptor, std::string_view bytes, int patienceMs) {
   return error;
 }
 
-/// Opens the file for appending. Not blocking: a pipe by that name without a reader is refused
-/// instead of stopping the application.
+// Opens the file for appending. Not blocking: a pipe by that name without a reader is refused
+// instead of stopping the application.
 int openLog(const char *path) {
   return aboveStandardStreams(
       open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kFileMode));
@@ -130,4 +130,4 @@ void writeToStandardError(std::string_view bytes) {
   (void)writeGuarded(STDERR_FILENO, bytes, kPatienceMs);
 }
 
-} // namespace platform
+} // namespace platform::dlog

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform {
+namespace platform::dlog {
 
 /** Where the lines go. It stays open until the process ends, for destructors log, too. */
 class Destination {
@@ -30,6 +30,6 @@ private:
 /** Writes to standard error, as Destination::write() does; what cannot be written is lost. */
 void writeToStandardError(std::string_view bytes);
 
-} // namespace platform
+} // namespace platform::dlog
 
 #endif

@@ -14,9 +14,9 @@
 #include <new>
 #include <string>
 
-using platform::Destination;
-using platform::Filter;
-using platform::Line;
+using platform::dlog::Destination;
+using platform::dlog::Filter;
+using platform::dlog::Line;
 
 namespace {
 
@@ -34,7 +34,7 @@ struct Log {
   Destination destination;
 };
 
-/** Room for a log that nobody destroys: constructors and destructors of static objects log, too. */
+// Room for a log that nobody destroys: constructors and destructors of static objects log, too.
 union LogRoom {
   constexpr LogRoom() : empty(0) {}
   LogRoom(const LogRoom &) = delete;
@@ -45,10 +45,10 @@ union LogRoom {
   Log log;
 };
 
-/** In static memory rather than behind a pointer: a dropped line gets at it for nothing. */
+// In static memory rather than behind a pointer: a dropped line gets at it for nothing.
 LogRoom room;
 
-/** Every line from this priority on has to go the whole way: all lines until there is a log. */
+// Every line from this priority on has to go the whole way: all lines until there is a log.
 std::atomic<int> quickHighest{INT_MIN};
 
 void complain(const Log &log) {
@@ -62,10 +62,10 @@ void complain(const Log &log) {
     text.append("dlog: DLOG_FILE: ").append(log.destination.complaint());
     text.append(": the log goes to standard error\n");
   }
-  platform::writeToStandardError(text);
+  platform::dlog::writeToStandardError(text);
 }
 
-/** Restores errno, which a log line in front of an error check must not disturb. */
+// Restores errno, which a log line in front of an error check must not disturb.
 class ErrnoKeeper {
 public:
   ErrnoKeeper() = default;
@@ -92,7 +92,7 @@ const Log *openLog() {
   return log;
 }
 
-/** The process's log, made by its first line; null as long as there is no memory for it. */
+// The process's log, made by its first line; null as long as there is no memory for it.
 const Log *theLog() noexcept {
   try {
     static const Log *const log = openLog();
@@ -106,7 +106,7 @@ bool isLoggable(log_priority prio) {
   return prio >= DLOG_VERBOSE && prio <= DLOG_FATAL;
 }
 
-/** Whether the filter is known to drop this line. Inline, and all that such a line costs. */
+// Whether the filter is known to drop this line. Inline, and all that such a line costs.
 inline bool isDropped(log_priority prio, const char *tag, const char *fmt) {
   return prio < quickHighest.load(std::memory_order_acquire) && fmt != nullptr && tag != nullptr
          && room.log.filter.drops(prio, tag);

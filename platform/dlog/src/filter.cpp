@@ -5,13 +5,13 @@
 
 #include <algorithm>
 
-namespace platform {
+namespace platform::dlog {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\n";
 constexpr std::string_view kEveryTag = "*";
 
-/** The priority that a letter names, or DLOG_UNKNOWN. */
+// The priority that a letter stands for, or DLOG_UNKNOWN.
 int priorityOf(std::string_view letter) {
   const auto found = letter.size() == 1 ? kPriorityLetters.find(letter) : std::string_view::npos;
   return found != std::string_view::npos ? DLOG_VERBOSE + static_cast<int>(found) : DLOG_UNKNOWN;
@@ -71,4 +71,4 @@ void Filter::findBounds() {
   }
 }
 
-} // namespace platform
+} // namespace platform::dlog

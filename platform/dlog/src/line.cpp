@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "line.h"
 
+#include "visible.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <unistd.h>
 
-namespace platform {
+namespace platform::dlog {
 
 Line::Line(int priority, const char *tag) {
   timespec now{};
@@ -15,12 +17,13 @@ Line::Line(int priority, const char *tag) {
   clock_gettime(CLOCK_REALTIME, &now);
   localtime_r(&now.tv_sec, &local);
 
+  char header[kMaxTag + 64]; // the rest of the header has some 40 bytes
   const int size = std::snprintf(
-      _bytes, kMaxLine, "%02d-%02d %02d:%02d:%02d.%03ld %c/%-8.*s(%5d): ", local.tm_mon + 1,
+      header, sizeof header, "%02d-%02d %02d:%02d:%02d.%03ld %c/%-8.*s(%5d): ", local.tm_mon + 1,
       local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, now.tv_nsec / 1000000,
       kPriorityLetters[static_cast<std::size_t>(priority - DLOG_VERBOSE)], kMaxTag, tag, getpid());
-  _headerSize = static_cast<std::size_t>(size);
-  _size = _headerSize;
+  addVisible({header, static_cast<std::size_t>(size)});
+  _headerSize = _size;
 }
 
 bool Line::format(const char *fmt, va_list ap) {
@@ -34,16 +37,16 @@ bool Line::format(const char *fmt, va_list ap) {
   if (!text.empty() && text.back() == '\n') {
     text.remove_suffix(1);
   }
-  if (text.find('\n') != std::string_view::npos) {
-    spread(text);
+  if (!isPlain(text)) {
+    layOut(text);
     return true;
   }
-  _bytes[_headerSize + text.size()] = '\n';
-  _size = _headerSize + text.size() + 1;
+  _size = _headerSize + text.size();
+  add("\n");
   return true;
 }
 
-void Line::spread(std::string_view text) {
+void Line::layOut(std::string_view text) {
   char copy[kMaxLine];
   std::memcpy(copy, text.data(), text.size());
   text = {copy, text.size()};
@@ -52,7 +55,7 @@ void Line::spread(std::string_view text) {
   while (_size + _headerSize < kMaxLine) {
     const std::size_t end = text.find('\n');
     add({_bytes, _headerSize});
-    add(text.substr(0, std::min(end, kMaxLine - _size - 1)));
+    addVisible(text.substr(0, end));
     add("\n");
     if (end == std::string_view::npos) {
       return;
@@ -61,10 +64,27 @@ void Line::spread(std::string_view text) {
   }
 }
 
-/** The first header is copied onto itself: it stands where it belongs. */
+void Line::addVisible(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = visibleLength(text);
+    char escape[sizeof "\\x1b"];
+    std::string_view shown = text.substr(0, length);
+    if (length == 0) {
+      std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned char>(text[0]));
+      shown = escape;
+    }
+    if (shown.size() >= kMaxLine - _size) {
+      return; // the last byte is the newline's
+    }
+    add(shown);
+    text.remove_prefix(std::max(length, std::size_t{1}));
+  }
+}
+
+// Lines after the first repeat the header, which for the first one is where it belongs already.
 void Line::add(std::string_view part) {
   std::memmove(_bytes + _size, part.data(), part.size());
   _size += part.size();
 }
 
-} // namespace platform
+} // namespace platform::dlog

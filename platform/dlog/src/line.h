@@ -10,29 +10,29 @@
 #include <cstddef>
 #include <string_view>
 
-namespace platform {
+namespace platform::dlog {
 
-/** The letters of the priorities, from DLOG_VERBOSE on. */
+/// The letters of the priorities, from DLOG_VERBOSE on.
 constexpr std::string_view kPriorityLetters = "VDIWEFS";
 
-/**
- * What one call logs: dlogutil's brief form with the time before it,
- * `MM-DD HH:MM:SS.mmm E/TAG     ( 1234): text`. A text of several lines gets the part before the
- * text in front of each; what goes beyond #kMaxLine is cut off.
- */
+/// The bytes that one call logs: dlogutil's brief form with the time before it,
+/// `MM-DD HH:MM:SS.mmm E/TAG     ( 1234): text`. The header, which is all before the text, is
+/// repeated for each line of a text. What a terminal would obey instead of display is escaped:
+/// `\x1b`. What goes beyond #kMaxLine is cut off.
 class Line {
 public:
-  /** @a priority is one that has a letter. */
+  /// The priority has to be one from DLOG_VERBOSE to DLOG_FATAL.
   Line(int priority, const char *tag);
 
-  /** False when the format cannot be followed. */
+  /// False when vsnprintf() cannot follow the format.
   bool format(const char *fmt, va_list ap) __attribute__((format(printf, 2, 0)));
 
-  /** With the newline at the end. */
+  /// With the newline at the end.
   std::string_view bytes() const { return {_bytes, _size}; }
 
 private:
-  void spread(std::string_view text);
+  void layOut(std::string_view text);
+  void addVisible(std::string_view text);
   void add(std::string_view part);
 
   char _bytes[kMaxLine];
@@ -40,6 +40,6 @@ private:
   std::size_t _size = 0;
 };
 
-} // namespace platform
+} // namespace platform::dlog
 
 #endif

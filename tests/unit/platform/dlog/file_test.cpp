@@ -53,6 +53,12 @@ TEST_F(ALogFile, TakesTheLines) {
   EXPECT_EQ(withoutTimeAndPid(contentOf(_path)), "E/TAG     : x\n");
 }
 
+TEST_F(ALogFile, HoldsNothingThatATerminalObeys) {
+  inChild(environment(), [] { return dlog_print(DLOG_ERROR, "TAG", "\x1b[2J"); });
+
+  EXPECT_EQ(withoutTimeAndPid(contentOf(_path)), "E/TAG     : \\x1b[2J\n");
+}
+
 TEST_F(ALogFile, IsAppendedTo) {
   std::ofstream(_path) << "before\n";
 

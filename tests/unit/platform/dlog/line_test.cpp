@@ -244,6 +244,73 @@ TEST(ANewlineAtTheEnd, AloneIsAnEmptyLine) {
             "E/TAG     : \n");
 }
 
+struct Shown {
+  const char *name;
+  std::string text;
+  const char *shown;
+};
+
+void PrintTo(const Shown &row, std::ostream *out) {
+  *out << row.name;
+}
+
+class ATextFromAnybody : public testing::TestWithParam<Shown> {};
+
+TEST_P(ATextFromAnybody, IsDisplayedAndNotObeyedByATerminal) {
+  const std::string line =
+      logged([] { dlog_print(DLOG_ERROR, "TAG", "<%s>", GetParam().text.c_str()); });
+
+  EXPECT_EQ(withoutTimeAndPid(line), "E/TAG     : <" + std::string(GetParam().shown) + ">\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    With, ATextFromAnybody,
+    testing::Values(Shown{"AnEscapeSequence", "\x1b[31m", "\\x1b[31m"},
+                    Shown{"ABell", "\a", "\\x07"},
+                    Shown{"TheFirstControlCharacter", "\x01", "\\x01"},
+                    Shown{"TheLastControlCharacter", "\x1f", "\\x1f"},
+                    Shown{"ACarriageReturn", "a\rb", "a\\x0db"}, Shown{"ADelete", "\x7f", "\\x7f"},
+                    Shown{"AnEightBitEscape", "\x9b", "\\x9b"},
+                    Shown{"AControlCharacterInUtf8", "\xc2\x9b", "\\xc2\\x9b"},
+                    Shown{"TheLastControlCharacterInUtf8", "\xc2\x9f", "\\xc2\\x9f"},
+                    Shown{"AByteThatBeginsNothing", "\xff", "\\xff"},
+                    Shown{"AnOverlongForm", "\xc0\xaf", "\\xc0\\xaf"},
+                    Shown{"AnOverlongFormOfThree", "\xe0\x9f\xbf", "\\xe0\\x9f\\xbf"},
+                    Shown{"AnOverlongFormOfFour", "\xf0\x8f\xbf\xbf", "\\xf0\\x8f\\xbf\\xbf"},
+                    Shown{"ASurrogate", "\xed\xa0\x80", "\\xed\\xa0\\x80"},
+                    Shown{"MoreThanUnicodeHas", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
+                    Shown{"ACharacterCutOff", "\xe2\x82", "\\xe2\\x82"},
+                    Shown{"AWrongThirdByte", "\xe2\x82z", "\\xe2\\x82z"}),
+    [](const auto &row) { return std::string(row.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    Keeping, ATextFromAnybody,
+    testing::Values(Shown{"ATab", "a\tb", "a\tb"}, Shown{"ABackslash", "\\x1b", "\\x1b"},
+                    Shown{"TheFirstOfTwoBytes", "\xc2\xa0", "\xc2\xa0"},
+                    Shown{"Umlauts", "\xc3\xa4", "\xc3\xa4"},
+                    Shown{"Hangul", "\xed\x95\x9c", "\xed\x95\x9c"},
+                    Shown{"TheLastBeforeTheSurrogates", "\xed\x9f\xbf", "\xed\x9f\xbf"},
+                    Shown{"TheFirstBehindTheSurrogates", "\xee\x80\x80", "\xee\x80\x80"},
+                    Shown{"APicture", "\xf0\x9f\x8e\xb5", "\xf0\x9f\x8e\xb5"},
+                    Shown{"TheLastOfAll", "\xf4\x8f\xbf\xbf", "\xf4\x8f\xbf\xbf"}),
+    [](const auto &row) { return std::string(row.param.name); });
+
+TEST(ATagFromAnybody, IsDisplayedAndNotObeyedByATerminal) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "A\x1b\nB", "x"); })),
+            "E/A\\x1b\\x0aB    : x\n");
+}
+
+TEST(EachOfSeveralLines, IsDisplayedAndNotObeyedByATerminal) {
+  EXPECT_EQ(withoutTimeAndPid(logged([] { dlog_print(DLOG_ERROR, "TAG", "a\a\nb\x1b"); })),
+            "E/TAG     : a\\x07\nE/TAG     : b\\x1b\n");
+}
+
+TEST(TheResult, CountsTheBytesOfEscapes) {
+  const Outcome outcome = inChild({}, [] { return dlog_print(DLOG_ERROR, "TAG", "\x1b"); });
+
+  EXPECT_EQ(static_cast<std::size_t>(outcome.status), outcome.err.size());
+}
+
 /** @brief Texts of lengths around the bound, and far beyond it. */
 class ALongText : public testing::TestWithParam<std::size_t> {};
 
@@ -281,6 +348,31 @@ TEST_P(ALongText, OfNewlinesIsCutAtTheBound) {
   EXPECT_LE(lines.size(), kMaxLine);
   EXPECT_GT(lines.size(), kMaxLine - 100);
   EXPECT_EQ(lines.back(), '\n');
+}
+
+TEST_P(ALongText, OfEscapesIsCutBetweenThem) {
+  const std::string text(GetParam(), '\x1b');
+
+  const std::string line = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
+
+  const std::size_t header = line.find("): ") + 3;
+  EXPECT_LE(line.size(), kMaxLine);
+  EXPECT_GT(line.size(), kMaxLine - 5);
+  EXPECT_EQ((line.size() - header - 1) % 4, 0U);
+}
+
+TEST_P(ALongText, OfLongCharactersIsCutBetweenThem) {
+  std::string text;
+  while (text.size() < GetParam()) {
+    text += "\xed\x95\x9c";
+  }
+
+  const std::string line = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
+
+  const std::size_t header = line.find("): ") + 3;
+  EXPECT_LE(line.size(), kMaxLine);
+  EXPECT_EQ(line.substr(header, 3), "\xed\x95\x9c");
+  EXPECT_EQ(line.substr(line.size() - 4), "\xed\x95\x9c\n");
 }
 
 TEST(Errno, CanBeLogged) {
