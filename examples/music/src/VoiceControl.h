@@ -5,43 +5,29 @@
 #include "Player.h"
 
 #include <Ecore.h>
-#include <bundle.h>
-#include <string>
+#include <norix.hpp>
+#include <optional>
 
-/**
- * @brief Lets the assistant drive a player.
- * @details The library calls back through C functions with the pointer that was registered: static
- *          members here, which turn it into the object again.
- */
+/** @brief Lets the assistant drive a player. */
 class VoiceControl {
 public:
   explicit VoiceControl(Player &player) : _player(player) {}
-  VoiceControl(const VoiceControl &) = delete;
-  VoiceControl &operator=(const VoiceControl &) = delete;
 
-  /** @brief Makes the player reachable. False when that failed; the log says why. */
-  bool start();
-  /** @brief Takes it away. Does nothing when it was not reachable. */
+  /** @brief Makes the player reachable. @throw norix::Error */
+  void start();
+  /** @brief Takes it away: from then on nothing calls this object any more. */
   void stop();
 
+  /** @brief What the assistant may ask for, and who answers. */
+  void registerAll(norix::Assistant &assistant);
+
 private:
-  static void onState(void *request, void *self);
-  static void onPlay(void *request, bundle *params, void *self);
-  static void onPause(void *request, bundle *params, void *self);
-  static void onNext(void *request, bundle *params, void *self);
-  static void onVolume(void *request, bundle *params, void *self);
-  static void onSing(void *request, bundle *params, void *self);
   static Eina_Bool onTrackLoaded(void *self);
 
-  bool registerCallbacks();
-  std::string state() const;
-  std::string changeVolume(bundle *params);
-  void forgetNext();
-
   Player &_player;
-  bool _isStarted = false;
+  std::optional<norix::Assistant> _assistant;
   // The request for the next track that waits for its answer, and what it waits for.
-  void *_nextRequest = nullptr;
+  std::optional<norix::Request> _nextRequest;
   Ecore_Timer *_nextTimer = nullptr;
 };
 

@@ -5,7 +5,8 @@
 #include "Player.h"
 #include "VoiceControl.h"
 
-#include <norix.h>
+#include <dlog.h>
+#include <norix.hpp>
 #include <service_app.h>
 #include <string_view>
 
@@ -18,17 +19,18 @@ struct Music {
 };
 
 // The main loop exists by now, which the library needs. After false the application ends without
-// terminate; stop() takes back what start() had achieved.
+// terminate.
 bool create(void *userData) {
-  VoiceControl &voice = static_cast<Music *>(userData)->voice;
-  if (!voice.start()) {
-    voice.stop();
+  try {
+    static_cast<Music *>(userData)->voice.start();
+    return true;
+  } catch (const norix::Error &error) {
+    dlog_print(DLOG_ERROR, "MUSIC", "%s", error.what());
     return false;
   }
-  return true;
 }
 
-// The main loop still exists here, which norix_deinitialize() needs, and is gone in main().
+// The main loop still exists here, which the library needs, and is gone in main().
 void terminate(void *userData) {
   static_cast<Music *>(userData)->voice.stop();
 }
