@@ -2,6 +2,7 @@
 #include "lifeCycle.h"
 
 #include "ecore/init.h"
+#include "glib/EcorePolling.h"
 
 #include <Ecore.h>
 #include <app_common.h>
@@ -50,6 +51,7 @@ public:
   Loop() : _exceptions(std::uncaught_exceptions()) {
     isLoopThere = platform::ecore::initialize();
     if (isLoopThere) {
+      platform::glib::startEcorePolling();
       _signalHandler = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, endOnSignal, nullptr);
     }
   }
@@ -62,6 +64,7 @@ public:
       // it. It shuts down all the same, but complains at length about what nobody can cure.
       eina_log_domain_level_set("ecore", EINA_LOG_LEVEL_CRITICAL);
     }
+    platform::glib::stopEcorePolling();
     ecore_event_handler_del(_signalHandler);
     platform::ecore::shutdown();
   }
@@ -71,6 +74,7 @@ public:
   // Ecore forgets a request to quit that comes before the loop begins.
   static void run() {
     if (!isEndWanted) {
+      platform::glib::startEcorePolling(); // Again, because create() may have loaded GLib.
       ecore_main_loop_begin();
     }
   }

@@ -3,6 +3,7 @@
 
 #include "common/log.h"
 #include "ecore/init.h"
+#include "glib/GLib.h"
 #include "loop/FdWatch.h"
 #include "loop/JobQueue.h"
 #include "loop/Timer.h"
@@ -48,10 +49,11 @@ bool holdEcore() {
 
 EcoreUse::EcoreUse() {
   const bool isFirst = users++ == 0;
+  (void)glib::findLoaded(); // Before the first watch: GLib's loop is to have a part in each.
   held = held || holdEcore();
-  if (held && process != getpid()) {
-    ecore_fork_reset(); // Ecore asks that of every child that uses it, and nobody else may have.
-  } else if (isFirst) {
+  const bool isForked = held && process != getpid();
+  leaveParent(); // Ecore asks that of every child that uses it, and nobody else may have.
+  if (isFirst && !isForked) {
     ready = held && JobQueue::get().open();
   }
   if (!ready) {
@@ -69,6 +71,12 @@ EcoreUse::~EcoreUse() {
     held = false;
     ecore_fork_reset_callback_del(onForkReset, nullptr);
     ecore::shutdown();
+  }
+}
+
+void EcoreUse::leaveParent() {
+  if (held && process != getpid()) {
+    ecore_fork_reset();
   }
 }
 

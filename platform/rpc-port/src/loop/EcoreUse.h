@@ -20,6 +20,8 @@ public:
 
   /// @return Whether Ecore is there at all.
   static bool isReady();
+  /// In a forked child, stops what its parent has registered with the loop, unless that was done.
+  static void leaveParent();
 };
 
 } // namespace platform::rpc_port

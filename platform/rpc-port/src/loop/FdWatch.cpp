@@ -3,11 +3,18 @@
 
 #include "common/log.h"
 
+#include <poll.h>
+
 namespace platform::rpc_port {
 
 namespace {
 
 LinkedList<FdWatch> running;
+
+// poll() reports a hang-up and an error unasked.
+int toPollEvents(bool reading, bool writing) {
+  return (reading ? POLLIN : 0) | (writing ? POLLOUT : 0);
+}
 
 } // namespace
 
@@ -23,6 +30,7 @@ bool FdWatch::start(int descriptor, bool reading, bool writing) {
     return false;
   }
   running.add(*this);
+  _source.watch(descriptor, toPollEvents(reading, writing));
   return true;
 }
 
@@ -33,6 +41,7 @@ void FdWatch::update(bool reading, bool writing) {
   }
   _flags = flags;
   ecore_main_fd_handler_active_set(_handler, flags);
+  _source.setEvents(toPollEvents(reading, writing));
 }
 
 void FdWatch::stop() {
@@ -40,6 +49,7 @@ void FdWatch::stop() {
     ecore_main_fd_handler_del(_handler);
     _handler = nullptr;
     running.remove(*this);
+    _source.stop();
   }
 }
 
@@ -58,6 +68,12 @@ Eina_Bool FdWatch::onReady(void *data, Ecore_Fd_Handler *handler) {
   static_cast<FdWatch *>(data)->_target.descriptorReady(events);
   // A watch that was stopped meanwhile is deleted already; Ecore takes this as it should.
   return ECORE_CALLBACK_RENEW;
+}
+
+void FdWatch::onPolled(void *data, int events) {
+  const bool hasGone = (events & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+  static_cast<FdWatch *>(data)->_target.descriptorReady(
+      {hasGone || (events & POLLIN) != 0, hasGone || (events & POLLOUT) != 0, hasGone});
 }
 
 Ecore_Fd_Handler_Flags FdWatch::toFlags(bool reading, bool writing) {

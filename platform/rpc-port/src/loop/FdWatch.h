@@ -3,12 +3,16 @@
 #define PLATFORM_RPC_PORT_LOOP_FD_WATCH_H
 
 #include "common/LinkedList.h"
+#include "loop/GLibSource.h"
 
 #include <Ecore.h>
 
 namespace platform::rpc_port {
 
-/// Has a descriptor watched by the Ecore loop, until it is stopped or destroyed.
+/**
+ * @brief Has a descriptor watched by the main loop, until it is stopped or destroyed.
+ * @details By Ecore's, or by a GMainLoop that the application runs instead.
+ */
 class FdWatch : public Linked<FdWatch> {
 public:
   /// What the loop saw. A peer that has gone shows as all three together.
@@ -27,7 +31,7 @@ public:
     ~Target() = default;
   };
 
-  explicit FdWatch(Target &target) : _target(target) {}
+  explicit FdWatch(Target &target) : _target(target), _source(&FdWatch::onPolled, this) {}
   ~FdWatch() { stop(); }
   FdWatch(const FdWatch &) = delete;
   FdWatch &operator=(const FdWatch &) = delete;
@@ -44,9 +48,11 @@ public:
 
 private:
   static Eina_Bool onReady(void *data, Ecore_Fd_Handler *handler);
+  static void onPolled(void *data, int events);
   static Ecore_Fd_Handler_Flags toFlags(bool reading, bool writing);
 
   Target &_target;
+  GLibSource _source;
   Ecore_Fd_Handler *_handler = nullptr;
   Ecore_Fd_Handler_Flags _flags = ECORE_FD_ERROR;
 };

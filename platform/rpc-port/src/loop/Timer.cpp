@@ -14,6 +14,7 @@ void Timer::start(double seconds) {
   _timer = ecore_timer_add(seconds, &Timer::onExpired, this);
   if (_timer) {
     running.add(*this);
+    _source.delay(seconds);
   }
 }
 
@@ -22,6 +23,7 @@ void Timer::stop() {
     ecore_timer_del(_timer);
     _timer = nullptr;
     running.remove(*this);
+    _source.stop();
   }
 }
 
@@ -35,8 +37,15 @@ Eina_Bool Timer::onExpired(void *data) {
   auto *timer = static_cast<Timer *>(data);
   timer->_timer = nullptr;
   running.remove(*timer);
+  timer->_source.stop();
   timer->_function(timer->_data);
   return ECORE_CALLBACK_CANCEL;
+}
+
+void Timer::onDelayed(void *data, int /*events*/) {
+  auto *timer = static_cast<Timer *>(data);
+  timer->stop();
+  timer->_function(timer->_data);
 }
 
 } // namespace platform::rpc_port

@@ -3,6 +3,7 @@
 #define PLATFORM_RPC_PORT_LOOP_TIMER_H
 
 #include "common/LinkedList.h"
+#include "loop/GLibSource.h"
 
 #include <Ecore.h>
 
@@ -18,7 +19,8 @@ public:
   /// What is called. It may destroy the timer from inside the call.
   using Function = void (*)(void *data);
 
-  Timer(Function function, void *data) : _function(function), _data(data) {}
+  Timer(Function function, void *data)
+      : _function(function), _data(data), _source(&Timer::onDelayed, this) {}
   ~Timer() { stop(); }
   Timer(const Timer &) = delete;
   Timer &operator=(const Timer &) = delete;
@@ -31,9 +33,11 @@ public:
 
 private:
   static Eina_Bool onExpired(void *data);
+  static void onDelayed(void *data, int events);
 
   Function _function;
   void *_data;
+  GLibSource _source;
   Ecore_Timer *_timer = nullptr;
 };
 
