@@ -2,8 +2,8 @@
 """scripts/mutate: see there."""
 
 import argparse
+import hashlib
 import os
-import random
 import sys
 from collections import defaultdict
 from concurrent.futures import ThreadPoolExecutor
@@ -29,8 +29,7 @@ def main():
                for mutant in mutants_of(file, (PROJECT / file).read_text())]
     warn_of_stale_entries(equivalent, files, mutants)
     if options.sample and options.sample < len(mutants):
-        chosen = set(random.Random(options.seed).sample(range(len(mutants)), options.sample))
-        mutants = [mutant for at, mutant in enumerate(mutants) if at in chosen]
+        mutants = sample_of(mutants, options.sample, options.seed)
     if options.list:
         for mutant in mutants:
             print(f"{mutant.file}:{mutant.line}\n{mutant.describe()}\n")
@@ -60,6 +59,15 @@ def parse_options():
         if not (PROJECT / file).is_file():
             parser.error(f"no such file: {file} (give it relative to the project's folder)")
     return options
+
+
+def sample_of(mutants, size, seed):
+    """Draws by the mutants' own hashes: other mutants may come and go, and the sample stays."""
+    def rank(mutant):
+        return hashlib.sha256(repr((seed, mutant.key)).encode()).digest()
+
+    chosen = {id(mutant) for mutant in sorted(mutants, key=rank)[:size]}
+    return [mutant for mutant in mutants if id(mutant) in chosen]
 
 
 def warn_of_stale_entries(equivalent, files, mutants):

@@ -180,8 +180,6 @@ def _statement_edits(source):
                 yield first.start, last.end, f"!({condition})"
             if _can_be_dropped(source, block, at):
                 yield statement.start, statement.end, _blank(source, statement)
-            if at + 1 < len(block.statements):
-                yield from _swap(source, statement, block.statements[at + 1])
 
 
 def _is_one_comparison(source, first, last):
@@ -215,34 +213,6 @@ def _blank(source, statement):
     """What a dropped statement leaves: its line ends, for the lines below keep their numbers."""
     ends = re.findall(r"\\?\n", source.text[statement.start : statement.end])
     return ";" + "".join(ends)
-
-
-def _swap(source, one, other):
-    if not {one.kind, other.kind} <= {"simple", "if", "for", "while"}:
-        return
-    between = source.text[one.end : other.start]
-    if "\\\n" in between or _order_is_free(source, one, other):
-        return
-    first, second = source.text[one.start : one.end], source.text[other.start : other.end]
-    yield one.start, other.end, second + between + first
-
-
-def _order_is_free(source, one, other):
-    """Declarations in the wrong order do not compile; two plain assignments commute."""
-    for statement, neighbour in ((one, other), (other, one)):
-        name = _declared_name(source, statement)
-        if name is not None and name in source.names(neighbour.first, neighbour.last):
-            return True
-        if name is not None and not _calls(source, statement):
-            return True
-    assigned = source.names(one.first, one.first) | source.names(other.first, other.first)
-    shared = source.names(one.first, one.last) & source.names(other.first, other.last)
-    return not _calls(source, one) and not _calls(source, other) and not (assigned & shared)
-
-
-def _calls(source, statement):
-    return any(token.text in ("(", "delete", "new")
-               for token in source.tokens[statement.first : statement.last + 1])
 
 
 def _declared_name(source, statement):

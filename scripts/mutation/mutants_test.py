@@ -56,13 +56,6 @@ class Statements(unittest.TestCase):
 
         self.assertEqual(texts, ["int f() {\n  ;\n\n  return d;\n}\n"])
 
-    def test_neighbours_are_swapped(self):
-        self.assertIn(("a(); b();", "b(); a();"), changes_in_function("a();", "b();"))
-
-    def test_a_use_does_not_move_before_its_declaration(self):
-        self.assertNotIn(("int a = b(); c(a);", "c(a); int a = b();"),
-                         changes_in_function("int a = b();", "c(a);"))
-
     def test_the_statements_of_a_lambda_and_of_a_case_are_mutated_too(self):
         found = changes_in_function("g([](int a) {", "  b();", "});", "switch (c) {", "case D:",
                                     "  e();", "}")
