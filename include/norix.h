@@ -53,6 +53,7 @@
 extern "C" {
 #endif
 
+/** @brief Marks what the library exports. */
 #define NORIX_EXPORT __attribute__((visibility("default")))
 
 /**

@@ -22,10 +22,14 @@ namespace norix {
  */
 class Action {
 public:
+  /** @name Actions of one id, or of several
+   * @{ */
+  /** @brief Ids as the assistant sends them. */
   Action(const char *id) : _ids{id} {}
   Action(std::string_view id) : _ids{std::string(id)} {}
   Action(const std::string &id) : _ids{id} {}
   Action(std::initializer_list<std::string_view> ids) : _ids(ids.begin(), ids.end()) {}
+  /** @} */
 
   /** @brief A few words for a list of actions: "Volume". */
   Action title(std::string text) && {
@@ -65,6 +69,7 @@ public:
 
   /** @name What was said above
    * @{ */
+  /** @brief As declared; owned by the action. */
   const std::vector<std::string> &ids() const noexcept { return _ids; }
   const std::string &title() const &noexcept { return _title; }
   const std::string &description() const &noexcept { return _description; }

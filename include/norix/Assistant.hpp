@@ -73,6 +73,7 @@ public:
    */
   Assistant() : Assistant(Connection::None) { fail(_registry->connect()); }
 
+  /** @brief Takes the connection over. */
   Assistant(Assistant &&) noexcept = default;
   /** @brief What this object was, ends. */
   Assistant &operator=(Assistant &&) noexcept = default;

@@ -100,6 +100,7 @@ public:
   explicit operator bool() const noexcept { return value() != nullptr; }
   /** @brief The value, or null; owned by the result. */
   Value *value() noexcept { return std::get_if<Value>(&_content); }
+  /** @brief The value, or null; owned by the result. */
   const Value *value() const noexcept { return std::get_if<Value>(&_content); }
   /** @brief The error, or null; owned by the result. */
   const Error *error() const noexcept { return std::get_if<Error>(&_content); }

@@ -68,6 +68,7 @@ class Param {
                 "norix: a std::vector<bool> is no list of values; use std::vector<std::string>");
 
 public:
+  /** @brief A parameter of this name. */
   explicit Param(std::string name) : _name(std::move(name)) {}
 
   /** @brief What it means, for declarations(). */
@@ -117,8 +118,8 @@ public:
     return std::move(*this);
   }
 
-  /** @name For the interface's own use
-   * @{ */
+  // For the interface's own use.
+  /** @cond */
   const std::string &name() const noexcept { return _name; }
   bool isRequired() const noexcept {
     return !detail::OptionalOf<Value>::kIsOptional && !_otherwise.has_value();
@@ -173,7 +174,7 @@ public:
     }
     return why.empty() ? why : "the parameter \"" + _name + "\" can never be right: " + why;
   }
-  /** @} */
+  /** @endcond */
 
 private:
   bool readPresent(const detail::Json &written, Present &present) const {

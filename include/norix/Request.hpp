@@ -40,6 +40,7 @@ class Incoming;
  */
 class NORIX_USED_ONCE Request {
 public:
+  /** @brief Takes the request over; the other one can no longer be answered. */
   Request(Request &&other) noexcept
       : _id(std::exchange(other._id, 0)), _isEarly(other._isEarly),
         _actionId(std::move(other._actionId)), _params(std::move(other._params)),

@@ -35,6 +35,7 @@ public:
 
   /** @name What was said above
    * @{ */
+  /** @brief As declared; owned by the state. */
   const std::string &description() const noexcept { return _description; }
   const std::string &form() const &noexcept { return _form; }
   const std::vector<std::string> &examples() const noexcept { return _examples; }

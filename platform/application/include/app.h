@@ -32,11 +32,11 @@ typedef void (*app_control_cb)(app_control_h app_control, void *user_data);
 
 /** @brief An application's callbacks. Those that it does not need are null. */
 typedef struct {
-  app_create_cb create;
-  app_terminate_cb terminate;
-  app_pause_cb pause;
-  app_resume_cb resume;
-  app_control_cb app_control;
+  app_create_cb create;       /**< Before the loop. */
+  app_terminate_cb terminate; /**< After the loop. */
+  app_pause_cb pause;         /**< The window is no longer seen. */
+  app_resume_cb resume;       /**< The window comes into view. */
+  app_control_cb app_control; /**< The launch. */
 } ui_app_lifecycle_callback_s;
 
 /**

@@ -93,8 +93,8 @@ int app_get_version(char **version);
 char *app_get_resource_path(void);
 
 /**
- * @brief Gets the folder for the application's own files: $XDG_DATA_HOME/<app id>/, or
- *        ~/.local/share/<app id>/ without that variable.
+ * @brief Gets the folder for the application's own files: $XDG_DATA_HOME/\<app id\>/, or
+ *        ~/.local/share/\<app id\>/ without that variable.
  * @details The folder is created when it is missing, accessible to its user alone.
  * @return The absolute path with a slash at its end, released with free(). Null on failure:
  *         get_last_result() is then #APP_ERROR_INVALID_CONTEXT, the application having no id, one

@@ -65,7 +65,7 @@ typedef bool (*app_info_metadata_cb)(const char *metadata_key, const char *metad
  * @brief Reads what an application declares.
  * @details On a desktop it is looked for in the tizen-manifest.xml beside the running program or
  *          one folder above, and, when that one does not declare it, in
- *          $NORIX_DESKTOP_APPS/<app id>/tizen-manifest.xml.
+ *          $NORIX_DESKTOP_APPS/\<app id\>/tizen-manifest.xml.
  * @param[in]  app_id    The application's id
  * @param[out] app_info  The information, released with app_info_destroy(); untouched on failure
  * @return 0 on success, otherwise a negative error value

@@ -28,9 +28,9 @@ typedef void (*service_app_control_cb)(app_control_h app_control, void *user_dat
 
 /** @brief An application's callbacks. Those that it does not need are null. */
 typedef struct {
-  service_app_create_cb create;
-  service_app_terminate_cb terminate;
-  service_app_control_cb app_control;
+  service_app_create_cb create;       /**< Before the loop. */
+  service_app_terminate_cb terminate; /**< After the loop. */
+  service_app_control_cb app_control; /**< The launch. */
 } service_app_lifecycle_callback_s;
 
 /**
