@@ -4,6 +4,7 @@
 
 #include <dlog.h>
 
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,9 +37,9 @@ private:
   };
 
   /// Compares the text of a tag and not its address: an application may reuse the memory of a tag.
-  bool dropsTagged(int priority, std::string_view tag) const {
+  bool dropsTagged(int priority, const char *tag) const {
     for (const Rule &rule : _rules) {
-      if (rule.tag == tag) {
+      if (std::strcmp(rule.tag.c_str(), tag) == 0) {
         return priority < rule.lowest;
       }
     }
