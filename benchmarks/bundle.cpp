@@ -58,8 +58,8 @@ Bytes emptyMessage(std::size_t keys) {
 }
 
 Bytes withValues(std::size_t valueSize) {
-  Bytes bytes = emptyMessage(platform::kMaxKeys);
-  for (std::size_t i = 0; i < platform::kMaxKeys; ++i) {
+  Bytes bytes = emptyMessage(platform::bundles::kMaxKeys);
+  for (std::size_t i = 0; i < platform::bundles::kMaxKeys; ++i) {
     putEntry(bytes, BUNDLE_TYPE_BYTE, keyOf(i), valueSize);
     bytes.resize(bytes.size() + valueSize, 'x');
   }
@@ -68,8 +68,8 @@ Bytes withValues(std::size_t valueSize) {
 
 Bytes withElements(int type, std::size_t elementSize) {
   Bytes bytes = emptyMessage(1);
-  putEntry(bytes, type, "key", platform::kMaxSlots);
-  for (std::size_t i = 0; i < platform::kMaxSlots; ++i) {
+  putEntry(bytes, type, "key", platform::bundles::kMaxSlots);
+  for (std::size_t i = 0; i < platform::bundles::kMaxSlots; ++i) {
     putNumber(bytes, elementSize);
     bytes.resize(bytes.size() + elementSize - 1, 'x');
     bytes.push_back('\0'); // the end of a text, and a byte like others elsewhere
@@ -78,8 +78,9 @@ Bytes withElements(int type, std::size_t elementSize) {
 }
 
 constexpr std::size_t kEntry = 12 + 11; // the header and a key of ten digits
-constexpr std::size_t kLargeValue = kMessage / platform::kMaxKeys - kEntry;
-constexpr std::size_t kLargeElement = kMessage / platform::kMaxSlots - sizeof(std::uint32_t) - 1;
+constexpr std::size_t kLargeValue = kMessage / platform::bundles::kMaxKeys - kEntry;
+constexpr std::size_t kLargeElement =
+    kMessage / platform::bundles::kMaxSlots - sizeof(std::uint32_t) - 1;
 
 Bytes oneText() {
   Bytes bytes = emptyMessage(1);

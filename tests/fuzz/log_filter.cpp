@@ -41,8 +41,8 @@ bool isWord(const std::string &tag) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   fuzz::Input input(data, size);
-  const std::string tag(std::string(input.text()).c_str()); // A tag is a C text.
-  const std::string expression(input.rest());
+  const std::string tag(std::string(input.text()).c_str()); // Both are C texts.
+  const std::string expression(std::string(input.rest()).c_str());
 
   const Filter filter(expression);
   const int lowest = lowestOf(filter, tag);

@@ -5,8 +5,9 @@
 
 namespace {
 
-// Set by nearly every call of every interface. initial-exec makes that one store instead of a call
-// into the dynamic linker; four bytes fit into the space it keeps for libraries loaded late.
+// Nearly every call of every interface sets it. With the initial-exec model that is one store
+// instead of a call into the dynamic linker, which reserves enough space for four bytes of
+// libraries that are loaded later.
 [[gnu::tls_model("initial-exec")]] thread_local int lastResult = TIZEN_ERROR_NONE;
 
 const char *ownMessage(int err) {
@@ -26,7 +27,7 @@ const char *ownMessage(int err) {
 
 // The C library's static, untranslated text, or null.
 const char *errnoMessage(int err) {
-  constexpr int kLargestErrno = 4095; // the kernel's own bound; also keeps -err from overflowing
+  constexpr int kLargestErrno = 4095; // the kernel's limit; -err cannot overflow
   return err < 0 && err >= -kLargestErrno ? strerrordesc_np(-err) : nullptr;
 }
 
@@ -48,5 +49,5 @@ char *get_error_message(int err) {
   if (text == nullptr) {
     text = "Undefined error number";
   }
-  return const_cast<char *>(text); // the signature is the platform's; callers leave the text alone
+  return const_cast<char *>(text); // the platform's signature; callers do not change it
 }

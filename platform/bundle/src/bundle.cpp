@@ -10,13 +10,13 @@
 #include <new>
 #include <string_view>
 
-using platform::Entry;
-using platform::finish;
-using platform::give;
+using platform::bundles::Entry;
+using platform::bundles::finish;
+using platform::bundles::give;
 
 namespace {
 
-// Adds what add adds, under a key that the bundle does not have yet.
+// Calls add(key) if the key is new and the bundle has room for it and its slots.
 template <typename Add>
 int addEntry(bundle *b, std::string_view key, std::size_t slots, Add add) {
   if (key.empty()) {
@@ -121,7 +121,7 @@ int bundle_add_str_array(bundle *b, const char *key, const char **str_array, con
   }
   const auto length = static_cast<std::size_t>(len);
   return finish(addEntry(b, key, length, [b, str_array, length](std::string_view name) {
-    b->add(platform::makeStrArray(name, str_array, length));
+    b->add(platform::bundles::makeStrArray(name, str_array, length));
   }));
 }
 
@@ -130,7 +130,7 @@ int bundle_add_byte_array(bundle *b, const char *key, const unsigned int len) {
     return finish(BUNDLE_ERROR_INVALID_PARAMETER);
   }
   return finish(addEntry(b, key, len, [b, len](std::string_view name) {
-    b->add(platform::makeByteArray(name, len));
+    b->add(platform::bundles::makeByteArray(name, len));
   }));
 }
 
@@ -147,8 +147,9 @@ int bundle_set_byte_array_element(bundle *b, const char *key, const unsigned int
   if (idx >= entry->size) {
     return finish(BUNDLE_ERROR_INVALID_PARAMETER);
   }
-  return finish(platform::setElement(*entry, idx, byte, size) ? BUNDLE_ERROR_NONE
-                                                              : BUNDLE_ERROR_OUT_OF_MEMORY);
+  return finish(platform::bundles::setElement(*entry, idx, byte, size)
+                    ? BUNDLE_ERROR_NONE
+                    : BUNDLE_ERROR_OUT_OF_MEMORY);
 }
 
 int bundle_get_str(bundle *b, const char *key, char **str) {
@@ -223,7 +224,7 @@ void bundle_foreach(bundle *b, bundle_iterator_t iter, void *user_data) {
 
   Entry *next = nullptr;
   for (Entry *entry = b->first(); entry != nullptr; entry = next) {
-    next = entry->next; // beforehand: the iterator may delete the key that it is called with
+    next = entry->next; // now: the iterator may delete the entry
     iter(entry->key().data(), entry->type, entry, user_data);
   }
   finish(BUNDLE_ERROR_NONE);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A bundle as text: 16 hexadecimal digits of a checksum, the wire form in hexadecimal digits, a
-// NUL.
+// A bundle as text: a checksum and the wire form, both as hexadecimal digits, and a NUL.
 #include <bundle.h>
 
 #include "bundle_wire.h"
@@ -14,14 +13,14 @@
 #include <new>
 #include <vector>
 
-using platform::finish;
-using platform::kChecksumDigits;
-using platform::kLargestEncodable;
+using platform::bundles::finish;
+using platform::bundles::kChecksumDigits;
+using platform::bundles::kLargestEncodable;
 namespace wire = platform::bundle_wire;
 
 namespace {
 
-// FNV-1a. Each step is a bijection: no single wrong byte goes unnoticed.
+// FNV-1a. Each step is a bijection, so that every single wrong byte is detected.
 std::uint64_t checksumOf(const unsigned char *bytes, std::size_t size) {
   std::uint64_t sum = 0xcbf29ce484222325U;
   for (std::size_t i = 0; i < size; ++i) {
@@ -43,7 +42,7 @@ void putChecksum(bundle_raw *out, std::uint64_t sum) {
   }
 }
 
-// The digit's value, or more than 15: one byte has one spelling, in lower case.
+// The value of a digit in lower case; more than 15 for anything else.
 unsigned int digitOf(bundle_raw c) {
   if (c >= '0' && c <= '9') {
     return c - static_cast<unsigned int>('0');
@@ -64,7 +63,7 @@ bool takeBytes(const bundle_raw *digits, std::vector<unsigned char> &bytes) {
   return true;
 }
 
-// The wire form's text around its checksum, or null without memory.
+// The text of a wire form; null without memory.
 bundle_raw *encodeWire(const std::vector<unsigned char> &bytes) {
   auto *text = static_cast<bundle_raw *>(std::malloc(kChecksumDigits + 2 * bytes.size() + 1));
   if (text == nullptr) {
@@ -81,7 +80,7 @@ bundle_raw *encodeWire(const std::vector<unsigned char> &bytes) {
   return text;
 }
 
-// The number of digits, when the size counts them alone or them and one NUL; otherwise 0.
+// The number of digits, without the NUL that may follow them; 0 if the size is invalid.
 std::size_t digitsOf(const bundle_raw *r, int data_size) {
   if (r == nullptr || data_size <= 0) {
     return 0;

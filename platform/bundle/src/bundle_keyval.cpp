@@ -4,8 +4,8 @@
 #include "entry.h"
 #include "result.h"
 
-using platform::finish;
-using platform::give;
+using platform::bundles::finish;
+using platform::bundles::give;
 
 int bundle_keyval_get_type(bundle_keyval_t *kv) {
   finish(kv != nullptr ? BUNDLE_ERROR_NONE : BUNDLE_ERROR_INVALID_PARAMETER);

@@ -7,29 +7,30 @@
 #include <new>
 #include <utility>
 
-using platform::Entry;
-using platform::EntryDeleter;
-using platform::EntryPtr;
-using platform::kMostUnindexed;
-using platform::kRoom;
+namespace bundles = platform::bundles;
+
+using bundles::Entry;
+using bundles::EntryDeleter;
+using bundles::EntryPtr;
+using bundles::kRoom;
 
 bundle_s::~bundle_s() {
   std::size_t freed = 0;
   for (Entry *next = nullptr; _first != nullptr; _first = next) {
     next = _first->next;
-    freed += platform::bytesOf(*_first);
+    freed += bundles::bytesOf(*_first);
     if (!isInRoom(_first)) {
       EntryDeleter()(_first);
     }
   }
-  if (freed >= platform::kTrimFrom) {
+  if (freed >= bundles::kTrimFrom) {
     _index.reset();
     malloc_trim(0);
   }
 }
 
 Entry *bundle_s::find(std::string_view key) const {
-  if (_index) {
+  if (_index != nullptr) {
     const auto found = _index->find(key);
     return found != _index->end() ? found->second : nullptr;
   }
@@ -42,20 +43,20 @@ Entry *bundle_s::find(std::string_view key) const {
 }
 
 bool bundle_s::hasRoomFor(std::string_view key, std::size_t slots) const {
-  return _count < platform::kMaxKeys && key.size() < platform::kMaxKeyBytes - _keyBytes
-         && slots <= platform::kMaxSlots - _slots;
+  return _count < bundles::kMaxKeys && key.size() < bundles::kMaxKeyBytes - _keyBytes
+         && slots <= bundles::kMaxSlots - _slots;
 }
 
 void bundle_s::add(int type, std::string_view key, const void *value, std::size_t size) {
-  if (size > platform::kLargestValue) {
+  if (size > bundles::kLargestValue) {
     throw std::bad_alloc();
   }
-  void *block = allocate(platform::basicBlockSize(key.size(), size));
-  append(platform::buildBasic(block, type, key, value, size));
+  void *block = allocate(bundles::basicBlockSize(key.size(), size));
+  append(bundles::buildBasic(block, type, key, value, size));
 }
 
 void bundle_s::add(EntryPtr array) {
-  if (!array) {
+  if (array == nullptr) {
     throw std::bad_alloc();
   }
   append(array.release());
@@ -63,18 +64,18 @@ void bundle_s::add(EntryPtr array) {
 
 void bundle_s::addCopy(Entry &entry) {
   if (entry.isArray()) {
-    add(platform::copyArray(entry));
+    add(bundles::copyArray(entry));
     return;
   }
 
-  const std::size_t size = platform::basicBlockSize(entry.keyLength, entry.size);
+  const std::size_t size = bundles::basicBlockSize(entry.keyLength, entry.size);
   void *block = allocate(size);
   std::memcpy(block, &entry, size);
   append(static_cast<Entry *>(block));
 }
 
 void bundle_s::remove(Entry *entry) {
-  if (_index) {
+  if (_index != nullptr) {
     _index->erase(entry->key());
   }
 
@@ -91,7 +92,7 @@ void *bundle_s::allocate(std::size_t size) {
     return _room + std::exchange(_roomUsed, _roomUsed + size);
   }
 
-  void *block = platform::allocateBlock(size);
+  void *block = bundles::allocateBlock(size);
   if (block == nullptr) {
     throw std::bad_alloc();
   }
@@ -99,13 +100,13 @@ void *bundle_s::allocate(std::size_t size) {
 }
 
 bool bundle_s::isInRoom(const void *block) const {
-  // One comparison: what lies before the room wraps round to far behind it.
+  // One comparison: the difference of an address below the room wraps around to a large number.
   return reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(_room) < kRoom;
 }
 
-// Takes the entry, also when it throws.
+// Owns the entry from here on, also when it throws.
 void bundle_s::append(Entry *entry) {
-  if (_index || _count >= kMostUnindexed) {
+  if (_index != nullptr || _count >= bundles::kMostUnindexed) {
     index(entry);
   }
 
@@ -120,7 +121,7 @@ void bundle_s::append(Entry *entry) {
 
 void bundle_s::index(Entry *entry) {
   try {
-    if (!_index) {
+    if (_index == nullptr) {
       auto index = std::make_unique<Index>();
       for (Entry *known = _first; known != nullptr; known = known->next) {
         index->emplace(known->key(), known);
@@ -140,7 +141,7 @@ void bundle_s::release(Entry *entry) {
     return;
   }
 
-  const std::size_t size = platform::basicBlockSize(entry->keyLength, entry->size);
+  const std::size_t size = bundles::basicBlockSize(entry->keyLength, entry->size);
   auto *block = reinterpret_cast<unsigned char *>(entry);
   if (block + size == _room + _roomUsed) {
     _roomUsed -= size;

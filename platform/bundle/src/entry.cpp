@@ -6,7 +6,7 @@
 #include <cstring>
 #include <numeric>
 
-namespace platform {
+namespace platform::bundles {
 namespace {
 
 void freeBlock(void *block) {
@@ -29,14 +29,14 @@ Entry *buildHeader(void *block, int type, std::string_view key, std::size_t size
   return entry;
 }
 
-// An array whose slots are empty, with room bytes for them and what follows them.
+// An array of empty slots; room is the size of its value in bytes.
 EntryPtr makeArray(int type, std::string_view key, std::size_t length, std::size_t room) {
   void *block = allocateBlock(Entry::valueOffset(key.size()) + room);
   if (block == nullptr) {
     return nullptr;
   }
   Entry *entry = buildHeader(block, type, key, length);
-  std::memset(entry->value(), 0, room); // before anybody owns it: the slots have an owner, too
+  std::memset(entry->value(), 0, room); // the deleter reads the slots
   return EntryPtr(entry);
 }
 
@@ -64,7 +64,7 @@ void storeTexts(Entry &entry, const char *const *texts) {
 
 EntryPtr copyByteArray(Entry &from) {
   EntryPtr copy = makeByteArray(from.key(), from.size);
-  for (std::size_t i = 0; copy && i < from.size; ++i) {
+  for (std::size_t i = 0; copy != nullptr && i < from.size; ++i) {
     const void *element = from.slots()[i];
     if (element != nullptr && !setElement(*copy, i, element, from.slotSizes()[i])) {
       return nullptr;
@@ -100,7 +100,7 @@ EntryPtr makeStrArray(std::string_view key, const char *const *texts, std::size_
   constexpr std::size_t kSlot = sizeof(void *) + sizeof(std::size_t);
   const std::size_t room = length * kSlot + textRoom(texts, length);
   EntryPtr entry = makeArray(BUNDLE_TYPE_STR_ARRAY, key, length, room);
-  if (entry && texts != nullptr) {
+  if (entry != nullptr && texts != nullptr) {
     storeTexts(*entry, texts);
   }
   return entry;
@@ -125,7 +125,7 @@ bool setElement(Entry &byteArray, std::size_t index, const void *bytes, std::siz
   }
 
   store(static_cast<unsigned char *>(element), bytes, size);
-  freeBlock(byteArray.slots()[index]); // only now: the new bytes may be part of the old element
+  freeBlock(byteArray.slots()[index]); // last: the new bytes may be part of the old element
   byteArray.slots()[index] = element;
   byteArray.slotSizes()[index] = size;
   byteArray.narrowSlotSizes()[index] = static_cast<unsigned int>(size);
@@ -150,4 +150,4 @@ void freeElements(Entry &entry) {
   }
 }
 
-} // namespace platform
+} // namespace platform::bundles

@@ -4,15 +4,15 @@
 
 #include <bundle.h>
 
-namespace platform {
+namespace platform::bundles {
 
-/** Makes a result the thread's last one and hands it on. */
+/// Sets the thread's last result, and returns it.
 inline int finish(int result) {
   set_last_result(result);
   return result;
 }
 
-/** Sets an output that the caller may not have asked for. */
+/// Sets an output, unless the caller passed null for it.
 template <typename Output, typename Value>
 void give(Output *output, Value value) {
   if (output != nullptr) {
@@ -20,6 +20,6 @@ void give(Output *output, Value value) {
   }
 }
 
-} // namespace platform
+} // namespace platform::bundles
 
 #endif

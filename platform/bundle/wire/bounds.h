@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_BUNDLE_BOUNDS_H
-#define PLATFORM_BUNDLE_BOUNDS_H
+#ifndef PLATFORM_BUNDLE_WIRE_BOUNDS_H
+#define PLATFORM_BUNDLE_WIRE_BOUNDS_H
 
 #include <addressSanitizer.h>
 
@@ -8,58 +8,49 @@
 #include <cstddef>
 #include <cstdint>
 
-/**
- * @file bounds.h
- * @brief Every bound of bundles, in one place. README.md shows them as a table.
- */
-namespace platform {
+/// Every limit of bundles, in one place. README.md shows them as a table.
+namespace platform::bundles {
 
-/** Beyond it no block can exist; half the address space leaves room to add without overflow. */
-constexpr std::size_t kLargestValue = PTRDIFF_MAX / 2;
-
-/**
- * What a bundle holds of small values inside itself, in bytes. Under AddressSanitizer that is too
- * little for any: each value is then guarded by itself.
- */
-constexpr std::size_t kRoom = kAddressSanitizer ? 8 : 512;
-
-/**
- * Keys of a bundle. They, the two bounds that follow and the 64 MiB that a message may have keep
- * whoever reads a peer's bundle busy for less than 100 ms, whatever is in it.
- */
+/// Keys of a bundle. This limit, the next two and the 64 MiB of a message keep the time that a
+/// peer's bundle takes to read below 100 ms, whatever it contains.
 constexpr std::size_t kMaxKeys = 32768;
 
-/** Bytes of all keys of a bundle together, NULs included: finding a key compares them. */
+/// Bytes of all keys of a bundle together, NULs included: looking a key up compares them.
 constexpr std::size_t kMaxKeyBytes = std::size_t{4} << 20;
 
-/** Slots of all arrays of a bundle together: each may be an allocation. */
+/// Slots of all arrays of a bundle together: each may be an allocation.
 constexpr std::size_t kMaxSlots = 262144;
 
-/**
- * A bundle that held this many bytes gives its memory back to the system when it is freed. The
- * allocator would keep what lay in small blocks.
- */
-constexpr std::size_t kTrimFrom = std::size_t{8} << 20;
+/// Bytes of a value. Half the address space, so that sizes can be added without overflow.
+constexpr std::size_t kLargestValue = PTRDIFF_MAX / 2;
 
-/** Up to this many keys, looking at each is faster than a tree and needs no memory. */
+/// Bytes of small values that a bundle stores inside itself. Under AddressSanitizer no value fits:
+/// each has a block of its own, so that an access beyond it is reported.
+constexpr std::size_t kRoom = kAddressSanitizer ? 8 : 512;
+
+/// Keys up to which a linear search is faster than a tree, and needs no memory.
 constexpr std::size_t kMostUnindexed = 32;
 
-namespace bundle_wire {
+/// Bytes of content from which on freeing a bundle gives the free memory of the process back to
+/// the system. The allocator keeps small blocks otherwise.
+constexpr std::size_t kTrimFrom = std::size_t{8} << 20;
 
-/** The longest wire form: bundle_encode() counts in int. */
-constexpr std::size_t kMaxSize = INT32_MAX;
-
-/** The fewest bytes of an array's slot: its size. */
-constexpr std::size_t kMinSlotSize = 4;
-
-} // namespace bundle_wire
-
-/** The digits of the checksum before an encoded text. */
+/// Digits of the checksum before an encoded text.
 constexpr std::size_t kChecksumDigits = 16;
 
-/** The longest wire form whose text, with its NUL, an int can count. */
+/// Bytes of the longest wire form whose text, with its NUL, an int can count.
 constexpr std::size_t kLargestEncodable = (INT_MAX - kChecksumDigits - 1) / 2;
 
-} // namespace platform
+} // namespace platform::bundles
+
+namespace platform::bundle_wire {
+
+/// Bytes of the longest wire form: bundle_encode() counts in int.
+constexpr std::size_t kMaxSize = INT32_MAX;
+
+/// Bytes of the shortest slot of an array: its size alone.
+constexpr std::size_t kMinSlotSize = 4;
+
+} // namespace platform::bundle_wire
 
 #endif

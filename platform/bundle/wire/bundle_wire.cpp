@@ -10,7 +10,11 @@
 namespace platform::bundle_wire {
 namespace {
 
-// What stands before the key and the value of an entry.
+using bundles::kMaxKeyBytes;
+using bundles::kMaxKeys;
+using bundles::kMaxSlots;
+
+// The numbers before the key and the value of an entry.
 struct EntryHeader {
   std::uint32_t type;
   std::uint32_t keySize;
@@ -18,7 +22,7 @@ struct EntryHeader {
 };
 static_assert(sizeof(EntryHeader) == 12, "the wire form has no padding");
 
-// Writes as far as there is room, and counts in any case.
+// Writes what fits, and counts everything.
 class Writer {
 public:
   Writer(unsigned char *out, std::size_t room) : _out(out), _room(room) {}
@@ -44,12 +48,12 @@ public:
   std::size_t count() const { return _count <= kMaxSize ? static_cast<std::size_t>(_count) : 0; }
 
 private:
-  // A value that needs more than this makes the whole longer than kMaxSize, too.
+  // A value that does not fit into 32 bits makes the wire form longer than kMaxSize anyway.
   static std::uint32_t narrow(std::size_t value) { return static_cast<std::uint32_t>(value); }
 
   unsigned char *_out;
   std::size_t _room;
-  std::uint64_t _count = 0; // several values of 1 GiB must not wrap it round on a 32-bit machine
+  std::uint64_t _count = 0; // a std::size_t of 32 bits could overflow
 };
 
 void putArray(Writer &writer, std::string_view key, int type, bundle_keyval_t *kv) {
@@ -79,7 +83,7 @@ void putBasic(Writer &writer, std::string_view key, int type, bundle_keyval_t *k
 // The bundle_iterator_t that writes one entry.
 void putEntry(const char *key, const int type, const bundle_keyval_t *kv, void *userData) {
   Writer &writer = *static_cast<Writer *>(userData);
-  auto *value = const_cast<bundle_keyval_t *>(kv); // the getters take it so and change nothing
+  auto *value = const_cast<bundle_keyval_t *>(kv); // the getters do not change it
   if ((type & BUNDLE_TYPE_ARRAY) != 0) {
     putArray(writer, key, type, value);
   } else {
@@ -87,7 +91,7 @@ void putEntry(const char *key, const int type, const bundle_keyval_t *kv, void *
   }
 }
 
-// Takes a wire form apart; every function answers null or false for what is not one.
+// Reads a wire form piece by piece. A function returns null or false if the piece is invalid.
 class Reader {
 public:
   Reader(const unsigned char *bytes, std::size_t length) : _next(bytes), _left(length) {}
@@ -114,7 +118,7 @@ public:
     return from;
   }
 
-  // A text of size bytes, of which the last one, and no other, is its NUL.
+  // A text of that many bytes, of which the last one and no other is a NUL.
   const char *text(std::size_t size) {
     const unsigned char *from = bytes(size);
     if (from == nullptr || size == 0 || std::memchr(from, 0, size) != from + size - 1) {
@@ -123,14 +127,14 @@ public:
     return reinterpret_cast<const char *>(from);
   }
 
-  // A key; null also when the keys so far are longer than those of a bundle can be.
+  // A key; null also when all keys so far exceed the limit of a bundle.
   const char *key(std::size_t size) {
     const char *const key = text(size);
     _keyBytes += size;
     return _keyBytes <= kMaxKeyBytes ? key : nullptr;
   }
 
-  // Whether an array of that many slots can follow, and a bundle hold it with those so far.
+  // Whether that many slots fit into the bytes left, and into a bundle with those so far.
   bool takeSlots(std::uint32_t slots) {
     _slots += slots;
     return slots <= _left / kMinSlotSize && _slots <= kMaxSlots;
@@ -139,7 +143,7 @@ public:
 private:
   const unsigned char *_next;
   std::size_t _left;
-  std::uint64_t _keyBytes = 0; // what a refused entry claims must not wrap these round
+  std::uint64_t _keyBytes = 0; // 64 bits: a claimed size cannot make them overflow
   std::uint64_t _slots = 0;
 };
 
@@ -180,7 +184,7 @@ int addArray(bundle *b, const char *key, const EntryHeader &header, Reader &read
                                               : addByteArray(b, key, header.size, reader);
 }
 
-// Moves the next entry into the bundle, whose own checks refuse nulls and the keys it has.
+// Adds the next entry. The bundle itself refuses nulls and repeated keys.
 int addEntry(bundle *b, Reader &reader) {
   EntryHeader header{};
   if (!reader.take(header)) {
@@ -221,7 +225,7 @@ struct BundleDeleter {
 };
 using BundlePtr = std::unique_ptr<bundle, BundleDeleter>;
 
-// Any other refusal than for want of memory means the same: these bytes are no bundle.
+// Every other error of the bundle means that these bytes are not a wire form.
 int reasonOf(int result) {
   return result == BUNDLE_ERROR_OUT_OF_MEMORY ? result : BUNDLE_ERROR_INVALID_PARAMETER;
 }
@@ -253,7 +257,7 @@ bundle *read(const unsigned char *bytes, std::size_t length) {
   int result = BUNDLE_ERROR_OUT_OF_MEMORY;
   try {
     Reader reader(bytes, length);
-    result = b ? addEntries(b.get(), reader) : result;
+    result = b != nullptr ? addEntries(b.get(), reader) : result;
   } catch (const std::bad_alloc &) {
     result = BUNDLE_ERROR_OUT_OF_MEMORY;
   }
@@ -261,7 +265,7 @@ bundle *read(const unsigned char *bytes, std::size_t length) {
     return b.release();
   }
 
-  b.reset(); // first: releasing it sets the last result, too
+  b.reset(); // before the last result is set: it sets it, too
   set_last_result(reasonOf(result));
   return nullptr;
 }

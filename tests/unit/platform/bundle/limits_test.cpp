@@ -7,9 +7,9 @@
 
 namespace {
 
-using platform::kMaxKeyBytes;
-using platform::kMaxKeys;
-using platform::kMaxSlots;
+using platform::bundles::kMaxKeyBytes;
+using platform::bundles::kMaxKeys;
+using platform::bundles::kMaxSlots;
 
 constexpr int kMany = static_cast<int>(kMaxKeys);
 

@@ -23,8 +23,8 @@ long residentBytes() {
 /// As many small values as a bundle has keys, 32 MiB in all.
 Bytes manyValues() {
   Wire wire;
-  wire.number(platform::kMaxKeys);
-  for (std::size_t i = 0; i < platform::kMaxKeys; ++i) {
+  wire.number(platform::bundles::kMaxKeys);
+  for (std::size_t i = 0; i < platform::bundles::kMaxKeys; ++i) {
     wire.entry(2, std::to_string(i), 1000).raw(std::string(1000, 'x'));
   }
   return wire.bytes();
@@ -33,8 +33,8 @@ Bytes manyValues() {
 /// As many small elements as a bundle has slots, 25 MiB in all.
 Bytes manyElements() {
   Wire wire;
-  wire.number(1).entry(0x102, "key", platform::kMaxSlots);
-  for (std::size_t i = 0; i < platform::kMaxSlots; ++i) {
+  wire.number(1).entry(0x102, "key", platform::bundles::kMaxSlots);
+  for (std::size_t i = 0; i < platform::bundles::kMaxSlots; ++i) {
     wire.number(100).raw(std::string(100, 'x'));
   }
   return wire.bytes();
