@@ -10,25 +10,23 @@
 
 namespace platform {
 
-/**
- * The last large block of memory that was released, kept for the next one of about its size.
- *
- * An allocator gives large blocks back to the system at once, which then clears every page anew for
- * the next message: several times what copying the message costs. One block is kept and not more,
- * for what a process holds on to while it is idle is to stay small.
- *
- * The blocks come from its user's allocator, to which @a Free gives them back; it stands null. Any
- * thread may call it. An object of static storage needs no construction and no destruction.
- */
+/// A cache of one large block of memory: the last one released, for the next one of about its size.
+///
+/// An allocator returns large blocks to the system at once, which fills every page with zeros again
+/// for the next message: that takes several times as long as copying the message. Only one block is
+/// kept, so that an idle process holds little memory.
+///
+/// The blocks come from the user's allocator; @a Free releases one, also null. Any thread may call
+/// it. An object of static storage needs neither construction nor destruction.
 template <void (*Free)(void *)>
 class SpareBlock {
 public:
-  /** Smaller ones are quick to get from the allocator. */
+  /// Smaller blocks: the allocator is fast.
   static constexpr std::size_t kSmallest = std::size_t{32} << 10;
-  /** Larger ones are rare, and too much to hold on to. */
+  /// Larger blocks are rare, and too large to keep.
   static constexpr std::size_t kLargest = std::size_t{4} << 20;
 
-  /** The kept block if it has @a size bytes but not twice as many; otherwise null. */
+  /// The kept block if it has @a size bytes but less than twice as many; otherwise null.
   void *take(std::size_t size) {
     if (!isKept(size)) {
       return nullptr;
@@ -41,7 +39,7 @@ public:
     return nullptr;
   }
 
-  /** Takes a block of @a size bytes in, instead of the one kept so far. */
+  /// Keeps a block of @a size bytes in place of the one kept so far, or frees it.
   void release(void *block, std::size_t size) {
     if (isKept(size)) {
       block = _block.exchange(new (block) Block{size});
@@ -50,7 +48,7 @@ public:
   }
 
 private:
-  /** What stands in a block while nobody else uses it. */
+  /// The content of a kept block.
   struct Block {
     std::size_t size;
   };

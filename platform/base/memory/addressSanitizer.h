@@ -12,8 +12,8 @@
 
 namespace platform {
 
-/** Whether AddressSanitizer watches: memory is then neither shared nor kept, so that it sees all.
- */
+/// Whether AddressSanitizer is in use. Memory is then neither shared between values nor kept, so
+/// that it finds every invalid access.
 #ifdef PLATFORM_ADDRESS_SANITIZER
 constexpr bool kAddressSanitizer = true;
 #else

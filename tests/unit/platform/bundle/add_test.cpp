@@ -17,7 +17,7 @@ void PrintTo(const Adder &row, std::ostream *out) {
   *out << row.name;
 }
 
-/** @brief What holds for all four functions that add a key. */
+/// What holds for all four functions that add a key.
 class AddingAKey : public testing::TestWithParam<Adder> {};
 
 INSTANTIATE_TEST_SUITE_P(
@@ -94,10 +94,6 @@ TEST_P(AddingAKey, CopiesTheKey) {
   key[0] = 'X';
 
   EXPECT_EQ(keysOf(b.get()), std::vector<std::string>{"key"});
-}
-
-TEST(KeyExists, HasTheValueThatApplicationsKnow) {
-  EXPECT_EQ(BUNDLE_ERROR_KEY_EXISTS, -18350079);
 }
 
 TEST(AddingAText, NeedsAText) {

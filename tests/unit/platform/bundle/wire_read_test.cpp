@@ -88,7 +88,7 @@ TEST(ReadingAWireForm, RefusesTrailingBytes) {
   EXPECT_EQ(readWire(bytes), nullptr);
 }
 
-/** @brief One bundle has one wire form: whatever is read is written as the same bytes. */
+/// One bundle has one wire form: whatever is read is written as the same bytes.
 TEST(ReadingAWireForm, RefusesAnyChangedByteOrGivesWhatHasThatWireForm) {
   const BundlePtr b = makeBundle();
   addOneOfEach(b.get());

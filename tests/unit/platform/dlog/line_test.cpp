@@ -19,7 +19,7 @@ using testing::MatchesRegex;
 
 constexpr std::size_t kMaxLine = 4096;
 
-/** @brief The one write with which a child logs this. */
+/// The one write with which a child logs this.
 std::string logged(const std::function<void()> &log) {
   const Outcome outcome = inChild({}, [&log] {
     log();
@@ -30,7 +30,7 @@ std::string logged(const std::function<void()> &log) {
   return outcome.err;
 }
 
-/** @brief Not time(): its clock may be a tick behind, which shows once in some hundred seconds. */
+/// Not time(): its clock may be a tick behind, which shows once in some hundred seconds.
 time_t secondNow() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -311,7 +311,7 @@ TEST(TheResult, CountsTheBytesOfEscapes) {
   EXPECT_EQ(static_cast<std::size_t>(outcome.status), outcome.err.size());
 }
 
-/** @brief Texts of lengths around the bound, and far beyond it. */
+/// Texts of lengths around the bound, and far beyond it.
 class ALongText : public testing::TestWithParam<std::size_t> {};
 
 INSTANTIATE_TEST_SUITE_P(OfBytes, ALongText,

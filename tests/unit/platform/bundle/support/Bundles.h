@@ -15,12 +15,12 @@ struct BundleDeleter {
 };
 using BundlePtr = std::unique_ptr<bundle, BundleDeleter>;
 
-/** @brief An empty bundle. */
+/// An empty bundle.
 inline BundlePtr makeBundle() {
   return BundlePtr(bundle_create());
 }
 
-/** @brief The keys in the order in which bundle_foreach() shows them. */
+/// The keys in the order in which bundle_foreach() shows them.
 inline std::vector<std::string> keysOf(bundle *b) {
   std::vector<std::string> keys;
   const auto collect = [](const char *key, const int, const bundle_keyval_t *, void *data) {
@@ -30,7 +30,7 @@ inline std::vector<std::string> keysOf(bundle *b) {
   return keys;
 }
 
-/** @brief Adds one value of each type, arrays with empty slots, texts empty and not. */
+/// Adds one value of each type, arrays with empty slots, texts empty and not.
 inline void addOneOfEach(bundle *b) {
   const char *texts[] = {"one", nullptr, ""};
   bundle_add_str(b, "text", "xyz");
@@ -42,7 +42,7 @@ inline void addOneOfEach(bundle *b) {
   bundle_set_byte_array_element(b, "parts", 2, "c", 1);
 }
 
-/** @brief Expects that a bundle holds exactly what addOneOfEach() adds. */
+/// Expects that a bundle holds exactly what addOneOfEach() adds.
 inline void expectOneOfEach(bundle *b) {
   const std::vector<std::string> keys{"text", "empty", "bytes", "texts", "parts"};
   ASSERT_EQ(keysOf(b), keys);
@@ -72,7 +72,7 @@ inline void expectOneOfEach(bundle *b) {
   EXPECT_EQ(sizes[0], 0U);
 }
 
-/** @brief Expects a result of a call, and that it is the last result, too. */
+/// Expects a result of a call, and that it is the last result, too.
 inline void expectResult(int result, int expected) {
   EXPECT_EQ(result, expected);
   EXPECT_EQ(get_last_result(), expected);

@@ -14,7 +14,7 @@
 
 using Bytes = std::vector<unsigned char>;
 
-/** @brief Puts a wire form together piece by piece, also one that no bundle has. */
+/// Puts a wire form together piece by piece, also one that no bundle has.
 class Wire {
 public:
   Wire &number(std::uint32_t value) {
@@ -29,7 +29,7 @@ public:
     return *this;
   }
 
-  /** @brief The numbers in front of an entry, and its key with the NUL. */
+  /// The numbers in front of an entry, and its key with the NUL.
   Wire &entry(std::uint32_t type, const std::string &key, std::uint32_t size) {
     const std::string keyBytes(key.c_str(), key.size() + 1);
     return number(type)
@@ -50,7 +50,7 @@ inline Bytes wireOf(bundle *b) {
   return bytes;
 }
 
-/** @brief Reads from a block of exactly that size: memory checkers see any byte read beyond. */
+/// Reads from a block of exactly that size: memory checkers see any byte read beyond.
 inline BundlePtr readWire(const Bytes &bytes) {
   const std::unique_ptr<unsigned char[]> block(new unsigned char[bytes.size()]);
   std::copy(bytes.begin(), bytes.end(), block.get());
