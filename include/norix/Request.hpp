@@ -50,11 +50,13 @@ public:
   Request &operator=(Request &&other) noexcept {
     if (this != &other) {
       forget();
-      _id = std::exchange(other._id, 0);
+      _id = other._id;
       _isEarly = other._isEarly;
       _actionId = std::move(other._actionId);
       _params = std::move(other._params);
       _forgottenAnswer = std::move(other._forgottenAnswer);
+      // Last, so that the compiler still knows it when the other one is answered.
+      other._id = 0;
     }
     return *this;
   }

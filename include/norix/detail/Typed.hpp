@@ -128,36 +128,51 @@ struct TypedHandler final : Handler {
   Callable callable;
 };
 
+template <class Tested>
+struct IsParam : std::false_type {};
+template <class Value>
+struct IsParam<Param<Value>> : std::true_type {};
+
+template <class Given>
+struct HandlerFor<Param<Given>> {
+  static Handled make(const Param<Given> & /*param*/) {
+    static_assert(Never<Given>::value,
+                  "norix: onAction takes an action, then its norix::param, and one callable last");
+    return {};
+  }
+};
+
 // Parameters, and the callable last.
-template <class Given, class... Rest>
-struct HandlerFor<Param<Given>, Rest...> {
-  static Handled make(Param<Given> param, Rest... rest) {
-    return collect(std::tuple<Param<Given>>(std::move(param)), std::move(rest)...);
+template <class Given, class Next, class... Rest>
+struct HandlerFor<Param<Given>, Next, Rest...> {
+  static Handled make(Param<Given> param, Next next, Rest... rest) {
+    return collect(std::tuple<Param<Given>>(std::move(param)), std::move(next), std::move(rest)...);
   }
 
 private:
-  template <class... Values, class Next, class... Others>
-  static Handled collect(std::tuple<Param<Values>...> params, Param<Next> param, Others... others) {
-    return collect(std::tuple_cat(std::move(params), std::make_tuple(std::move(param))),
-                   std::move(others)...);
+  template <class... Values, class Tested, class... Others>
+  static Handled collect(std::tuple<Param<Values>...> params, Tested tested, Others... others) {
+    constexpr bool kIsLast = sizeof...(Others) == 0;
+    static_assert(IsParam<Tested>::value != kIsLast,
+                  "norix: onAction takes an action, then its norix::param, and one callable last");
+    if constexpr (IsParam<Tested>::value && !kIsLast) {
+      return collect(std::tuple_cat(std::move(params), std::make_tuple(std::move(tested))),
+                     std::move(others)...);
+    } else if constexpr (!IsParam<Tested>::value && kIsLast) {
+      return handled(Form<Values...>(std::move(params)), std::move(tested));
+    } else {
+      return {};
+    }
   }
 
-  template <class... Values, class Callable>
-  static Handled collect(std::tuple<Param<Values>...> params, Callable callable) {
+  template <class Callable, class... Values>
+  static Handled handled(Form<Values...> form, Callable callable) {
     Shape<Callable, Values...>::check();
-    Form<Values...> form(std::move(params));
     std::string schema = form.schema();
     std::string complaint = form.complaint();
     return {
         std::make_shared<TypedHandler<Callable, Values...>>(std::move(form), std::move(callable)),
         std::move(schema), std::move(complaint)};
-  }
-
-  template <class... Values>
-  static Handled collect(std::tuple<Param<Values>...> /*params*/) {
-    static_assert(Never<Given>::value,
-                  "norix: onAction takes an action, then its norix::param, and one callable last");
-    return {};
   }
 };
 
