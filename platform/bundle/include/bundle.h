@@ -18,11 +18,10 @@
  * 4. Outputs. The first output of a getter is required, the sizes that follow it may be null. A
  *    getter that fails sets its outputs to null and 0.
  * 5. Memory. At least eight bytes can be read at every text, every byte value and every element of
- *    an array that is not empty; those beyond the value are zero. It is a guarantee of this
- *    implementation; a device does not give it.
- * 6. Limits. A bundle holds at most 32,768 keys, which together have at most 4 MiB, and at most
- *    262,144 slots in all its arrays. To add more fails for lack of memory. A bundle within these
- *    limits is read from a message of 64 MiB in well under 100 ms. A device has other limits.
+ *    an array that is not empty; those beyond the value are zero. A device does not guarantee this.
+ * 6. Limits. A bundle has at most 32,768 keys, of 4 MiB together, and at most 262,144 slots in all
+ *    its arrays; adding more is #BUNDLE_ERROR_OUT_OF_MEMORY. The limits bound the time that a peer's
+ *    bundle takes to read. A device has others.
  * 7. Threads. A bundle may be used by one thread at a time, different bundles by different threads.
  *
  * @code
@@ -47,7 +46,7 @@ extern "C" {
 /** @brief A container of keys and values. */
 typedef struct bundle_s bundle;
 
-/** @brief What bundle_encode() makes of a bundle: printable text. */
+/** @brief A byte of the printable text that bundle_encode() makes. */
 typedef unsigned char bundle_raw;
 
 /** @brief The value of one key, as an iterator gets it. */
@@ -56,7 +55,7 @@ typedef struct bundle_keyval_s bundle_keyval_t;
 /**
  * @brief Called by bundle_foreach() for one key.
  * @remarks It may read the bundle and may delete the key it is called with, after which @a kv and
- *          @a key are gone. It must not change the bundle in any other way, nor free it.
+ *          @a key are invalid. It must not change the bundle in any other way, nor free it.
  * @param[in] key        The key; borrowed
  * @param[in] type       The type of its value, one of #bundle_type
  * @param[in] kv         Its value; borrowed. Cast the const away for bundle_keyval_get_type() and
@@ -186,8 +185,8 @@ int bundle_add_str_array(bundle *b, const char *key, const char **str_array, con
 int bundle_add_byte_array(bundle *b, const char *key, const unsigned int len);
 
 /**
- * @brief Puts bytes into a slot of an array of bytes, in place of what the slot held.
- * @details What was borrowed from the slot before is gone.
+ * @brief Sets an element of an array of bytes, replacing the one before.
+ * @details What was borrowed from the slot before is invalid.
  * @param[in] b     The bundle
  * @param[in] key   The key of the array
  * @param[in] idx   The slot, counted from 0
@@ -254,7 +253,7 @@ int bundle_get_byte_array(bundle *b, const char *key, void ***byte_array, unsign
                           unsigned int **array_element_size);
 
 /**
- * @brief Gets a text, in short.
+ * @brief Gets a text as the return value.
  * @param[in] b    The bundle
  * @param[in] key  The key
  * @return The text; borrowed. Null on failure, with the last result that bundle_get_str() has
@@ -338,9 +337,9 @@ int bundle_keyval_get_array_val(bundle_keyval_t *kv, void ***array_val, unsigned
                                 size_t **array_item_size);
 
 /**
- * @brief Makes printable text of a bundle: digits and the letters a to f.
- * @details Equal bundles make equal texts. The text is for the same kind of machine: numbers in it
- *          are in its byte order.
+ * @brief Encodes a bundle as printable text: digits and the letters a to f.
+ * @details Equal bundles have equal texts. The text can be decoded on machines of the same byte
+ *          order.
  * @param[in]  b    The bundle
  * @param[out] r    The text with a NUL, to be released with free(); untouched on failure
  * @param[out] len  Its size in bytes, which counts the NUL; untouched on failure
@@ -352,7 +351,7 @@ int bundle_keyval_get_array_val(bundle_keyval_t *kv, void ***array_val, unsigned
 int bundle_encode(bundle *b, bundle_raw **r, int *len);
 
 /**
- * @brief Makes a bundle of what bundle_encode() made.
+ * @brief Decodes the text of bundle_encode().
  * @param[in] r          The text
  * @param[in] data_size  Its size in bytes, with or without the NUL
  * @return The bundle, to be released with bundle_free(); null for anything that bundle_encode()
