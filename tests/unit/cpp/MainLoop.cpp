@@ -3,6 +3,7 @@
 
 #include <Ecore.h>
 
+#include <condition_variable>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -17,6 +18,7 @@ struct Call {
 };
 
 std::mutex mutex;
+std::condition_variable added;
 std::vector<Call> waiting;
 
 std::vector<Call> takeCalls() {
@@ -25,6 +27,11 @@ std::vector<Call> takeCalls() {
 }
 
 } // namespace
+
+void waitForCallOfThreads() {
+  std::unique_lock<std::mutex> lock(mutex);
+  added.wait(lock, [] { return !waiting.empty(); });
+}
 
 std::size_t runCallsOfThreads() {
   const std::vector<Call> calls = takeCalls();
@@ -43,4 +50,5 @@ void dropCallsOfThreads() {
 extern "C" void ecore_main_loop_thread_safe_call_async(Ecore_Cb callback, void *data) {
   const std::lock_guard<std::mutex> lock(fake::mutex);
   fake::waiting.push_back({callback, data});
+  fake::added.notify_one();
 }

@@ -8,6 +8,8 @@ namespace fake {
 
 // The way from other threads to the main loop: calls wait until the test runs them.
 
+// Until there is one.
+void waitForCallOfThreads();
 // Runs the calls that wait, and says how many there were.
 std::size_t runCallsOfThreads();
 // As a main loop that ends before it got to them.
