@@ -86,7 +86,7 @@ def main():
                        _QUICK if arguments.quick else _FULL)
     _write_json(os.path.join(folder, "results.json"), results)
     for row in figures.budget_rows(results):
-        verdict = {True: "holds ", False: "MISSES", None: "-     "}[row.holds]
+        verdict = "holds " if row.holds else "MISSES"
         print(f"{verdict}  {row.what}: {row.measured}; budget {row.budget}")
     if arguments.accept:
         _write_json(_EXPECTED, results["counted"])

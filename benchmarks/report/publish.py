@@ -1,5 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Writes docs/performance.md with its chart, and the table in benchmarks/README.md."""
+"""Fills the tables of docs/performance.md and benchmarks/README.md, and draws the chart.
+
+A table stands between the comments "table NAME" and "end of table"; the words around it are the page's
+own.
+"""
 
 import datetime
 import os
@@ -9,78 +13,7 @@ import subprocess
 
 import figures
 
-_SIZES = {120: "120 B", 1024: "1 KiB", 65536: "64 KiB", 1048576: "1 MiB"}
-_BEGIN, _END = "<!-- table: written by scripts/bench -->", "<!-- end of table -->"
-
-_PAGE = """\
-# Performance
-
-Measured on {date} with `scripts/bench` on {machine}.
-How, and what each name stands for: [benchmarks/README.md](../benchmarks/README.md). Times depend on
-the machine and on what else it does; compare the ratios, which were taken within one run.
-
-![The time of one request and its answer, by contender](performance.svg)
-
-## Budgets
-
-{budgets}
-
-*Least possible*: the same ratio for an application that handles its sockets with Ecore and does only what
-every request has to do whoever handles it: add and delete one timer, look for the allow list, take the
-answer, a C text, over as a text of its own and copy that into a bundle. No library can be quicker here.
-
-## Where the time of an exchange goes
-
-As multiples of the bare sockets' time, each what it adds to those before it.
-
-{shares}
-
-Ecore's system calls per turn of the loop, and its timer, are more than the library and the platform
-together. A long answer is copied a third time on its way, for a parcel keeps what was written to
-it, whatever happens to the bundle. Why that copy is not saved: [design.md](design.md), *Large messages*.
-
-The system calls of one request in the application, of which strace shows no others:
-
-| Call | What for |
-| --- | --- |
-| `epoll_wait` | Ecore asks which descriptors are ready |
-| `recvfrom` | the request, and whatever else has arrived, in one call |
-| `openat` | the allow list: looked for anew by every request while there is none, so that a list counts from the moment it is installed |
-| `sendmsg` | the whole answer, from where its pieces lie |
-| `pselect6` | Ecore sleeps until something is ready |
-| `getpid`, twice | Ecore's own, around its sleep |
-
-## A request and its answer between two processes
-
-Microseconds for one exchange, all processes on one CPU, the log filtered. The ratio is the median of
-those of {rounds} rounds, with the least and the greatest; the ratio of CPU times is that of what all
-processes of an exchange together ran, which other programs on the machine do not disturb.
-
-{roundtrip}
-{missing}
-## Instructions per request
-
-Counted by callgrind, so the same in every run of one build. *direct*: answered inside the callback.
-*deferred*: the request came before its callback was registered. *state*: the application's state.
-
-{counted}
-
-The C library, the C++ runtime and memory allocation count for whoever calls them; Ecore counts for
-itself: a timer added and deleted costs {timer:,.0f} instructions, which every request does once.
-
-## In larger surroundings
-
-Time of one exchange, with the assistant's client of this project, against the first line.
-
-{scale}
-
-Memory of the application after 1,000 requests: {before[resident]:,} KiB resident, {before[privateDirty]:,}
-KiB written to; after {requests:,} more: {after[resident]:,} KiB and {after[privateDirty]:,} KiB.
-
-## Size
-
-{size}
-"""
+_END = "<!-- end of table -->"
 
 
 def table(head, rows, numbers=()):
@@ -91,10 +24,21 @@ def table(head, rows, numbers=()):
 
 
 def _budgets(results):
-    verdict = {True: "yes", False: "**no**", None: "–"}
-    return table(["What", "Budget", "Measured", "Least possible", "Holds"],
-                 [(row.what, row.budget, row.measured, row.least, verdict[row.holds])
+    verdict = {True: "yes", False: "**no**"}
+    return table(["What", "Budget", "Measured", "Holds"],
+                 [(row.what, row.budget, row.measured, verdict[row.holds])
                   for row in figures.budget_rows(results)])
+
+
+def _comparison(ratio):
+    return "not measured" if ratio is None else (
+        f"{ratio[0]:.2f} ×, {'ahead' if ratio[0] < 1 else 'behind'}")
+
+
+def _peers(roundtrip):
+    return table(["The library's time, as a share of", *figures.SIZES.values()],
+                 [(peer, *map(_comparison, ratios))
+                  for peer, ratios in figures.comparisons(roundtrip)])
 
 
 def _micro(nanoseconds):
@@ -107,7 +51,7 @@ def _span(ratio):
 
 def _roundtrip(roundtrip):
     parts = []
-    for size, name in _SIZES.items():
+    for size, name in figures.SIZES.items():
         contenders = figures.of_size(roundtrip, size)
         base = contenders[0]["name"]
         rows = [(each["name"], _micro(each["p50"]), _micro(each["p99"]), _micro(each["mean"]),
@@ -116,12 +60,7 @@ def _roundtrip(roundtrip):
                 for each in contenders]
         head = [f"Answer of {name}", "p50", "p99", "mean", "ratio", "ratio of CPU times"]
         parts.append(table(head, rows, range(1, 6)))
-    return "\n\n".join(parts) + "\n"
-
-
-def _missing(roundtrip):
-    return "".join(f"\n{name} was not measured: this build lacks {packages}.\n"
-                   for name, packages in roundtrip.get("missing", {}).items())
+    return "\n\n".join(parts)
 
 
 _LAYERS = (("bare sockets", "the bytes, over bare sockets"),
@@ -132,14 +71,14 @@ _LAYERS = (("bare sockets", "the bytes, over bare sockets"),
 
 def _shares(roundtrip):
     rows = {what: [what] for _, what in _LAYERS}
-    for size in _SIZES:
+    for size in figures.SIZES:
         contenders = figures.of_size(roundtrip, size)
         below = 0
         for name, what in _LAYERS:
             ratio = figures.ratios(contenders, name, _LAYERS[0][0], "cpuRounds")[0]
             rows[what].append(f"{ratio - below:.2f}")
             below = ratio
-    return table(["", *_SIZES.values()], rows.values(), range(1, 1 + len(_SIZES)))
+    return table(["", *figures.SIZES.values()], rows.values(), range(1, 1 + len(figures.SIZES)))
 
 
 def _counted(counted):
@@ -164,15 +103,25 @@ def _scale(scale):
 
 
 def _size(size):
-    rows = [(name, f"{value:,}") for name, value in
-            sorted(size["file"]["sections"].items(), key=lambda item: -item[1])]
-    rows = [("libnorix.so, stripped", f"{size['file']['bytes']:,}"), *rows]
     start = size["start"]
-    return (table(["", "Bytes"], rows, [1]) + f"""
+    return table(["", ""], [
+        ("libnorix.so, stripped", f"{size['file']['bytes']:,} bytes"),
+        ("pages of it written to, in an idle application", f"{size['mapped']['privateDirty']} KiB"),
+        ("the first norix_initialize of a process, the platform's part included",
+         f"{_micro(start['p50'])} µs, {start['heapBytes']:,} bytes of the heap")], [1])
 
-{size['file']['relocations']} relocations. In an idle application {size['mapped']['privateDirty']} KiB of
-its pages are written to; the first `norix_initialize` of a process takes {_micro(start['p50'])} µs and
-{start['heapBytes']:,} bytes of the heap, the platform's own included.""")
+
+def _memory(scale):
+    age = scale["age"]
+    rows = [(f"after {requests} requests", f"{memory['resident']:,}", f"{memory['privateDirty']:,}")
+            for requests, memory in (("1,000", age["memoryBefore"]),
+                                     (f"{age['requests']:,} more", age["memoryAfter"]))]
+    return table(["The application's memory, KiB", "resident", "written to"], rows, [1, 2])
+
+
+def _run(roundtrip):
+    return table(["", ""], [("date", datetime.date.today().isoformat()), ("machine", _machine()),
+                            ("rounds", roundtrip["rounds"])])
 
 
 def _machine():
@@ -215,29 +164,24 @@ plot $bars using ($2/2):1:($2/2):(0.35):ytic(3) with boxxyerror linecolor rgb "#
     subprocess.run(["gnuplot"], input=script, text=True, check=True)
 
 
-def _replace_table(path, text):
+def _fill(path, tables):
     with open(path, encoding="utf-8") as file:
         page = file.read()
-    before, rest = page.split(_BEGIN)
-    after = rest.split(_END)[1]
+    for name, text in tables.items():
+        before, rest = page.split(f"<!-- table {name} -->")
+        page = f"{before}<!-- table {name} -->\n{text}\n{_END}{rest.split(_END, 1)[1]}"
     with open(path, "w", encoding="utf-8") as file:
-        file.write(before + _BEGIN + "\n" + text + "\n" + _END + after)
+        file.write(page)
 
 
 def publish(results, root):
-    """Writes the page, the chart and the table of the last run."""
-    page = _PAGE.format(date=datetime.date.today().isoformat(), machine=_machine(),
-                        budgets=_budgets(results),
-                        shares=_shares(results["roundtrip"]), rounds=results["roundtrip"]["rounds"],
-                        roundtrip=_roundtrip(results["roundtrip"]),
-                        missing=_missing(results["roundtrip"]),
-                        counted=_counted(results["counted"]),
-                        timer=results["counted"]["ecore/a timer added and deleted"],
-                        scale=_scale(results["scale"]), size=_size(results["size"]),
-                        before=results["scale"]["age"]["memoryBefore"],
-                        after=results["scale"]["age"]["memoryAfter"],
-                        requests=results["scale"]["age"]["requests"])
-    with open(os.path.join(root, "docs", "performance.md"), "w", encoding="utf-8") as file:
-        file.write(page)
-    _chart(results["roundtrip"], os.path.join(root, "docs", "performance.svg"))
-    _replace_table(os.path.join(root, "benchmarks", "README.md"), _budgets(results))
+    """Fills the pages' tables with a run's figures."""
+    roundtrip = results["roundtrip"]
+    budgets = _budgets(results)
+    _fill(os.path.join(root, "benchmarks", "README.md"), {"budgets": budgets})
+    _fill(os.path.join(root, "docs", "performance.md"), {
+        "run": _run(roundtrip), "budgets": budgets, "peers": _peers(roundtrip),
+        "shares": _shares(roundtrip), "roundtrip": _roundtrip(roundtrip),
+        "counted": _counted(results["counted"]), "scale": _scale(results["scale"]),
+        "memory": _memory(results["scale"]), "size": _size(results["size"])})
+    _chart(roundtrip, os.path.join(root, "docs", "performance.svg"))
