@@ -6,7 +6,10 @@
 #include "message/Exception.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <functional>
+#include <string_view>
 #include <utility>
 
 // The channel's own lines: its tag, the file, the function and the line. See NORIX_LOG for why
@@ -23,7 +26,6 @@ namespace {
 
 constexpr const char *kFileName = norix::baseName(__FILE__);
 constexpr const char *kPortName = "message";
-constexpr int kResponseCbId = 1;
 // What the platform is told about a request that nobody served.
 constexpr int kNotServed = -1;
 
@@ -36,8 +38,13 @@ enum MethodId {
   Send = 4,
 };
 
-std::size_t hashOf(const std::string &instance) {
-  return std::hash<std::string>()(instance);
+// The kinds of delegate.
+enum DelegateId {
+  ResponseCB = 1,
+};
+
+std::size_t hashOf(std::string_view instance) {
+  return std::hash<std::string_view>()(instance);
 }
 
 // Owner of a parcel.
@@ -75,7 +82,9 @@ message::CallbackBase::CallbackBase(int delegateId, bool invokedOnce)
     : id(delegateId), seqId(seq_num_.fetch_add(1)), once(invokedOnce) {}
 
 std::string message::CallbackBase::GetTag() const {
-  return std::to_string(id) + "::" + std::to_string(seqId);
+  std::array<char, sizeof "-2147483648::-2147483648"> tag = {};
+  (void)std::snprintf(tag.data(), tag.size(), "%d::%d", id, seqId);
+  return tag.data();
 }
 
 rpc_port_parcel_h operator<<(rpc_port_parcel_h parcel, const message::CallbackBase &callback) {
@@ -94,7 +103,7 @@ rpc_port_parcel_h operator>>(rpc_port_parcel_h parcel, message::CallbackBase &ca
 
 message::ResponseCB::ResponseCB(rpc_port_h callbackPort,
                                 std::weak_ptr<ServiceBase> registeringService)
-    : CallbackBase(kResponseCbId, false), callback_port(callbackPort),
+    : CallbackBase(DelegateId::ResponseCB, false), callback_port(callbackPort),
       service(std::move(registeringService)) {}
 
 void message::ResponseCB::Invoke(std::string text, Bundle response) {
@@ -151,8 +160,8 @@ void message::Listen(std::shared_ptr<ServiceBase::Factory> factory) {
   }
 }
 
-std::shared_ptr<message::ServiceBase> message::findService(const std::string &instance) const {
-  const auto isMeant = [&instance, hash = hashOf(instance)](const Connected &connected) {
+std::shared_ptr<message::ServiceBase> message::findService(std::string_view instance) const {
+  const auto isMeant = [instance, hash = hashOf(instance)](const Connected &connected) {
     return connected.instanceHash == hash && connected.service->GetInstance() == instance;
   };
   const auto found = std::find_if(services.begin(), services.end(), isMeant);
@@ -220,7 +229,10 @@ int message::OnReceivedCB(const char * /*sender*/, const char *instance, rpc_por
   case MethodId::SetCB: {
     auto responseCb = std::make_unique<ResponseCB>(callbackPort, connected);
     request.get() >> *responseCb;
-    sendResult(result, connected->SetCB(std::move(responseCb)), port);
+    // A statement of its own: a delegate that the service does not keep is destroyed at its end,
+    // before the proxy gets the result.
+    const int done = connected->SetCB(std::move(responseCb));
+    sendResult(result, done, port);
     return 0;
   }
   case MethodId::UnsetCB:

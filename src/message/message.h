@@ -12,6 +12,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace rpc_port::message::stub {
 
@@ -119,7 +120,7 @@ private:
     std::shared_ptr<ServiceBase> service;
   };
 
-  std::shared_ptr<ServiceBase> findService(const std::string &instance) const;
+  std::shared_ptr<ServiceBase> findService(std::string_view instance) const;
 
   rpc_port_stub_h stub_handle = nullptr;
   std::shared_ptr<ServiceBase::Factory> service_factory;

@@ -20,6 +20,8 @@ struct Recorded {
   // Whether SetCB keeps its delegate.
   bool keepsDelegate = true;
   std::vector<std::unique_ptr<rpc_port::message::stub::message::ResponseCB>> delegates;
+  // The latest delegate, also when it is gone.
+  const void *lastDelegate = nullptr;
   std::vector<fake::Contents> requests;
   std::function<void()> onSend;
   std::function<void()> onCreate;
@@ -63,6 +65,7 @@ public:
 
   int SetCB(std::unique_ptr<Message::ResponseCB> delegate) override {
     _recorded.add("SetCB " + delegate->GetTag());
+    _recorded.lastDelegate = delegate.get();
     if (_recorded.keepsDelegate) {
       const fake::OutsideLibrary outside;
       _recorded.delegates.push_back(std::move(delegate));

@@ -5,8 +5,12 @@
 
 #include "message/Exception.h"
 
+#include <array>
 #include <ostream>
+#include <set>
+#include <thread>
 #include <type_traits>
+#include <vector>
 
 namespace {
 
@@ -52,6 +56,37 @@ TEST_F(ADelegate, CountsFromZero) {
   }
 
   EXPECT_EQ(first.GetSeqId(), 0);
+}
+
+TEST_F(ADelegate, HasASequenceIdOfItsOwnWhicheverThreadMakesIt) {
+  constexpr std::size_t kThreads = 8;
+  constexpr std::size_t kEach = 2000;
+  std::array<std::vector<int>, kThreads> drawn;
+  std::vector<std::thread> threads;
+  for (std::vector<int> &ids : drawn) {
+    threads.emplace_back([&ids] {
+      for (std::size_t i = 0; i < kEach; ++i) {
+        ids.push_back(Message::CallbackBase(1, false).GetSeqId());
+      }
+    });
+  }
+  for (std::thread &thread : threads) {
+    thread.join();
+  }
+
+  std::set<int> all;
+  for (const std::vector<int> &ids : drawn) {
+    all.insert(ids.begin(), ids.end());
+  }
+  EXPECT_EQ(all.size(), kThreads * kEach);
+}
+
+TEST_F(ADelegate, CountsOnWhenThereIsANewStub) {
+  library([] { Message(); });
+  const Message::CallbackBase before(1, false);
+  library([] { Message(); });
+
+  EXPECT_EQ(Message::CallbackBase(1, false).GetSeqId(), before.GetSeqId() + 1);
 }
 
 TEST_F(ADelegate, ForResponsesHasIdOneAndMayBeInvokedAgain) {

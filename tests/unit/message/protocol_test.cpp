@@ -3,6 +3,7 @@
 // The five messages of the interface, field by field.
 #include "RecordingService.h"
 
+#include "fakes/Heap.h"
 #include "fakes/LogMatchers.h"
 
 #include <climits>
@@ -71,11 +72,16 @@ TEST_F(TheProtocol, DrawsASequenceIdForEachDelegateThatArrives) {
   EXPECT_EQ(after.GetSeqId(), before.GetSeqId() + 2);
 }
 
-TEST_F(TheProtocol, DestroysADelegateThatNobodyKeeps) {
+TEST_F(TheProtocol, DestroysADelegateThatNobodyKeepsBeforeItWritesTheResult) {
   recorded.keepsDelegate = false;
+  bool isAlive = true;
+  platform().during["rpc_port_parcel_write_int32"] = [&] {
+    isAlive = fake::Heap::instance().holds(recorded.lastDelegate);
+  };
 
   EXPECT_EQ(assistant.registers(), 0);
 
+  EXPECT_FALSE(isAlive);
   EXPECT_THAT(assistant.results(), ParcelsAre({resultOf(0)}));
 }
 
