@@ -22,14 +22,18 @@
  *    with free(). A bundle received by a callback is lent until the callback returns.
  * 5. Request handles. A handle names the latest request only: it can be answered until it has been
  *    answered, until the next request arrives, or until 30 seconds have passed, when the assistant
- *    is told that the request timed out. Answering a replaced request is no error: the answer is
- *    dropped.
+ *    is told that the request timed out. Answering a replaced request, or one that timed out, is no
+ *    error: the answer is dropped, with #NORIX_ERROR_NONE.
  * 6. Memory. Every function returns #NORIX_ERROR_OUT_OF_MEMORY when the library's own object could
  *    not be allocated by the first call, and from then on.
- * 7. Exceptions. The library catches none: std::bad_alloc, or an exception thrown by one of the
- *    application's callbacks, passes through.
+ * 7. Exceptions. The functions catch none: std::bad_alloc passes through them. A callback must not
+ *    throw: it is called from the main loop, which an exception would leave unusable (a timer that
+ *    never ends, jobs that never run). One that is thrown all the same is logged and ends in the
+ *    library; the request times out, unless it was answered before.
  * 8. Wrong order. Every function may be called at any time on the main loop, also from inside a
  *    callback, also norix_deinitialize().
+ * 9. Unloading. The library stays in the process once it has been loaded: dlclose() does not unload
+ *    it, because timers and ports refer to its code.
  *
  * @code
  * static void on_state(void *request, void *user_data) {
@@ -73,7 +77,7 @@ typedef enum {
   NORIX_ERROR_INVALID_PARAMETER = -22,
   /** The manifest declares no SDK version, or one of the 1.0-alpha series. */
   NORIX_ERROR_NOT_SUPPORTED = -1073741822,
-  /** The library is not initialised, the channel failed, or the answer came too late. */
+  /** The library is not initialised, the channel failed, or no answer is awaited any more. */
   NORIX_ERROR_OPERATION_FAILED = -1073741825
 } norix_error_e;
 
@@ -141,9 +145,11 @@ typedef void (*norix_app_state_request_cb)(void *request_handle, void *user_data
 /**
  * @brief Called when the assistant asks that the application executes an action.
  * @details Answer with norix_complete_action_execution(), inside the callback or within 30 seconds.
- * @remarks A request that came up to 0.12 seconds before its callback was registered is delivered
- *          with a handle that cannot be answered: the assistant is told that it timed out. Register
- *          the callbacks right after norix_initialize().
+ * @remarks A request waits for its callback to be registered: it is looked up every 0.02 seconds,
+ * for the last time after 0.10 seconds, and after 0.12 seconds the assistant is told that the
+ *          callback is not registered. A request that waited is delivered with a handle that cannot
+ *          be answered: the assistant is told that it timed out. Register the callbacks right after
+ *          norix_initialize().
  * @param[in] request_handle  Names the request; see convention 5
  * @param[in] action_params   The request: #ACTION_PARAMS and the other keys. Lent until the
  * callback returns: copy what is needed later, do not free
@@ -208,10 +214,12 @@ NORIX_EXPORT int norix_unset_app_state_request_cb(void);
  *                            null is sent as the text "null"
  * @return 0 on success, otherwise a negative error value
  * @retval #NORIX_ERROR_NONE               The answer was handed to the channel, or dropped because
- *                                         the handle names no current request
+ *                                         the handle names no current request: it was replaced or
+ *                                         timed out
  * @retval #NORIX_ERROR_INVALID_PARAMETER  @a request_handle is null
- * @retval #NORIX_ERROR_OPERATION_FAILED   The library is not initialised, the request was answered
- *                                         before or timed out, or the assistant is gone
+ * @retval #NORIX_ERROR_OPERATION_FAILED   The library is not initialised; the assistant is gone or
+ * has no delegate; the request was answered before, or asks for an action; or it timed out and the
+ * response that says so could not be made
  * @retval #NORIX_ERROR_OUT_OF_MEMORY      The response could not be allocated; or convention 6
  */
 NORIX_EXPORT int norix_complete_app_state_request(void *request_handle, const char *app_state);
@@ -247,13 +255,15 @@ NORIX_EXPORT int norix_unset_action_execution_cb(const char *action_id);
 /**
  * @brief Answers an action request.
  * @param[in] request_handle  The handle that the callback received
- * @param[in] result          What came of it, for the user; null is sent as the text "null"
+ * @param[in] result          The result text, reported to the user; null is sent as the text "null"
  * @return 0 on success, otherwise a negative error value
  * @retval #NORIX_ERROR_NONE               The answer was handed to the channel, or dropped because
- *                                         the handle names no current request
+ *                                         the handle names no current request: it was answered
+ * before, replaced or timed out
  * @retval #NORIX_ERROR_INVALID_PARAMETER  @a request_handle is null
- * @retval #NORIX_ERROR_OPERATION_FAILED   The library is not initialised, the request timed out, or
- *                                         the assistant is gone
+ * @retval #NORIX_ERROR_OPERATION_FAILED   The library is not initialised; the assistant is gone or
+ * has no delegate; the request asks for the state; or it timed out and the response that says so
+ * could not be made
  * @retval #NORIX_ERROR_OUT_OF_MEMORY      The response could not be allocated; or convention 6
  */
 NORIX_EXPORT int norix_complete_action_execution(void *request_handle, const char *result);

@@ -3,6 +3,7 @@
 
 #include "NorixImpl/NorixCommonData.h"
 #include "NorixImpl/NorixImpl.h"
+#include "common/exceptions.h"
 #include "common/log.h"
 #include "common/response.h"
 #include "common/singleton.h"
@@ -85,10 +86,10 @@ void ActionRequestImpl::receiveRequest(const std::string &clientAppId, const std
     const ActionExecutionInfo *const info = registered->second.get();
     NORIX_LOG_FORMAT("Found execute action Id: %s  Callback: %p", registered->first.c_str(),
                      static_cast<const void *>(info));
-    if (info == nullptr) {
+    if (info == nullptr) { // GCOVR_EXCL_START: no registration is without a record.
       NORIX_LOG("ActionExecutionInfo is null");
       return;
-    }
+    } // GCOVR_EXCL_STOP
     startCompleteCheckTimer();
     void *const requestHandle = commonData->assignHandle(actionId);
     // Last: the application may do anything in its callback, also unset it or deinitialise.
@@ -169,30 +170,39 @@ Eina_Bool ActionRequestImpl::_actionExecutionFireCb(void *data) {
       NORIX_LOG("bundle_create is failed");
       return ECORE_CALLBACK_CANCEL;
     }
-    const int sent = self->sendResponse(response);
-    NORIX_LOG_FORMAT("send reponse result: %d", sent);
+    try {
+      const int sent = self->sendResponse(response);
+      NORIX_LOG_FORMAT("send reponse result: %d", sent);
+    } catch (...) {
+      logStoppedException();
+    }
     return ECORE_CALLBACK_CANCEL;
   }
 
   char *actionId = nullptr;
   bundle_get_str(self->_pendingBundle, ACTION_ID, &actionId);
-  const auto registered = self->_actionExecutionInfoMap.find(textOf(actionId));
+  const auto registered = self->_actionExecutionInfoMap.find(viewOf(actionId));
   if (registered == self->_actionExecutionInfoMap.end()) {
     return ECORE_CALLBACK_RENEW;
   }
   const ActionExecutionInfo *const info = registered->second.get();
   NORIX_LOG_FORMAT("Found execute action Id: %s  Callback: %p", registered->first.c_str(),
                    static_cast<const void *>(info));
-  if (info == nullptr) {
+  if (info == nullptr) { // GCOVR_EXCL_START: no registration is without a record.
     NORIX_LOG("ActionExecutionInfo is null");
     return ECORE_CALLBACK_CANCEL;
-  }
+  } // GCOVR_EXCL_STOP
   self->startCompleteCheckTimer();
   self->_actionExecutionFireTimer = nullptr;
   // The handle is the action id's text and not a slot, and no handler number is drawn: a request
   // that came before its callback cannot be answered, and the assistant is told that it timed out.
   // The parked request is not freed: the text is read again when the application completes it.
-  info->callback(actionId, self->_pendingBundle, info->userData);
+  try {
+    commonData->noteTextHandle(actionId);
+    info->callback(actionId, self->_pendingBundle, info->userData);
+  } catch (...) {
+    logStoppedException();
+  }
   return ECORE_CALLBACK_CANCEL;
 }
 
@@ -211,7 +221,7 @@ int ActionRequestImpl::completeActionExecution(void *requestHandle, const std::s
     NORIX_LOG("request handle is null");
     return NORIX_ERROR_INVALID_PARAMETER;
   }
-  const int number = NorixCommonData::handlerNumber(requestHandle);
+  const int number = commonData->handlerNumber(requestHandle);
   const auto entry = commonData->_actionHandlerMap.find(number);
   if (entry == commonData->_actionHandlerMap.end()) {
     NORIX_LOG_FORMAT("Couldn't find requestId corresponding to actionHandler %d", number);
@@ -246,7 +256,7 @@ int ActionRequestImpl::completeActionExecution(void *requestHandle, const std::s
   return sent;
 }
 
-Eina_Bool ActionRequestImpl::_completeActionExecutionCheckCb(void *data) {
+Eina_Bool ActionRequestImpl::_completeActionExecutionCheckCb(void *data) try {
   auto *const self = static_cast<ActionRequestImpl *>(data);
   if (self == nullptr) {
     NORIX_LOG("Action Request Pointer is null");
@@ -268,6 +278,9 @@ Eina_Bool ActionRequestImpl::_completeActionExecutionCheckCb(void *data) {
   const int sent = self->sendResponse(response);
   NORIX_LOG_FORMAT("send reponse result: %d", sent);
   commonData->_actionHandlerMap.erase(commonData->_actionHandlerIndex);
+  return ECORE_CALLBACK_CANCEL;
+} catch (...) {
+  logStoppedException();
   return ECORE_CALLBACK_CANCEL;
 }
 

@@ -3,6 +3,7 @@
 
 #include "common/singleton.h"
 
+#include <algorithm>
 #include <cstring>
 #include <numeric>
 
@@ -37,17 +38,32 @@ int NorixCommonData::deinitialize() {
   return 0;
 }
 
+bool NorixCommonData::hasClient() const {
+  return _norixClientAppId.data() != nullptr;
+}
+
 void *NorixCommonData::assignHandle(const std::string &actionId) {
   const int handlerCount = static_cast<int>(_actionHandlers.size());
   _actionHandlerIndex = (_actionHandlerIndex + 1) % handlerCount;
   _actionHandlerMap.erase(_actionHandlerIndex);
-  _actionHandlerMap.emplace(_actionHandlerIndex, std::make_pair(actionId, _requestId));
+  _actionHandlerMap.try_emplace(_actionHandlerIndex, actionId, _requestId);
   return &_actionHandlers[static_cast<std::size_t>(_actionHandlerIndex)];
 }
 
-int NorixCommonData::handlerNumber(const void *requestHandle) {
+void NorixCommonData::noteTextHandle(const char *actionId) {
+  if (std::strlen(actionId) + 1 < sizeof(int)) {
+    _shortTextHandles.push_front(actionId);
+  }
+}
+
+int NorixCommonData::handlerNumber(const void *requestHandle) const {
   int number = 0;
-  std::memcpy(&number, requestHandle, sizeof number);
+  std::size_t size = sizeof number;
+  if (std::find(_shortTextHandles.begin(), _shortTextHandles.end(), requestHandle)
+      != _shortTextHandles.end()) {
+    size = std::strlen(static_cast<const char *>(requestHandle)) + 1;
+  }
+  std::memcpy(&number, requestHandle, size);
   return number;
 }
 

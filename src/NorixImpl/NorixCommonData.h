@@ -3,6 +3,7 @@
 #define NORIX_NORIXIMPL_NORIXCOMMONDATA_H
 
 #include <array>
+#include <forward_list>
 #include <map>
 #include <string>
 #include <utility>
@@ -20,15 +21,19 @@ public:
 
   // Whether there is a client to answer: whether its id has a character buffer. An id that is
   // merely empty is a client.
-  bool hasClient() const { return _norixClientAppId.data() != nullptr; }
+  bool hasClient() const;
 
   // Gives the request in progress the next handler number, forgetting the request that had it
   // before, and returns the handle: the address of the slot that holds the number.
   void *assignHandle(const std::string &actionId);
 
-  // The handler number behind a handle: the int it points at. The handle of a request that waited
-  // for its callback points at a text, hence no alignment.
-  static int handlerNumber(const void *requestHandle);
+  // The handle of a request that waited for its callback is not a slot but the action id's text.
+  // Such a text is noted when it is too short to be read as an int.
+  void noteTextHandle(const char *actionId);
+
+  // The handler number behind a handle: the int it points at. Of a text, no byte behind its NUL is
+  // read; those count as zeros.
+  int handlerNumber(const void *requestHandle) const;
 
   static NorixCommonData *_instance;
 
@@ -39,6 +44,10 @@ public:
   // The sender of the latest request; outlives deinitialize.
   std::string _norixClientAppId;
   unsigned long long _requestId = 0;
+
+private:
+  // Never forgotten: the parked requests that these texts are part of are never freed.
+  std::forward_list<const void *> _shortTextHandles;
 };
 
 } // namespace norix

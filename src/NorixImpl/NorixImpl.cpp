@@ -274,8 +274,7 @@ std::string NorixImpl::getActionName(void *requestHandle) {
     NORIX_LOG("In getActionName, entry not found");
     return {};
   }
-  const auto entry =
-      commonData->_actionHandlerMap.find(NorixCommonData::handlerNumber(requestHandle));
+  const auto entry = commonData->_actionHandlerMap.find(commonData->handlerNumber(requestHandle));
   if (entry == commonData->_actionHandlerMap.end()) {
     NORIX_LOG("In getActionName, entry not found");
     return {};

@@ -2,14 +2,16 @@
 #include "NorixImpl/messageService.h"
 
 #include "NorixImpl/NorixImpl.h"
+#include "common/exceptions.h"
 #include "common/log.h"
 #include "norix.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <array>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 namespace norix {
@@ -20,16 +22,51 @@ namespace {
 constexpr int kDone = 0;
 constexpr int kRefused = -1;
 
-// Null for a list that cannot be opened. That is found out before a stream is made: hardly any
-// device has the list, every request asks for it, and a stream costs as much as all the rest.
-std::unique_ptr<std::istream> openList(const std::string &path) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) {
-    return nullptr;
+// Owner of a file descriptor.
+class Descriptor {
+public:
+  explicit Descriptor(int number) : _number(number) {}
+  Descriptor(const Descriptor &) = delete;
+  Descriptor &operator=(const Descriptor &) = delete;
+  ~Descriptor() {
+    if (_number >= 0) {
+      close(_number);
+    }
   }
-  close(descriptor);
-  auto stream = std::make_unique<std::ifstream>(path);
-  return stream->is_open() ? std::move(stream) : nullptr;
+
+  int number() const { return _number; }
+
+private:
+  int _number;
+};
+
+std::string allowListPath() {
+  const std::string_view folder = NORIX_PROXY_ALLOW_APPID_LIST_PATH;
+  const std::string_view name = NORIX_PROXY_ALLOW_APPID_LIST_FILE_NAME;
+  std::string path;
+  path.reserve(folder.size() + name.size());
+  return path.append(folder).append(name);
+}
+
+// Adds the lines of a file, split at '\n' only, up to its end or to where it cannot be read. Text
+// behind the last '\n' is a line at the end of the file, and none where reading failed.
+void readLines(const Descriptor &file, std::unordered_set<std::string> &lines) {
+  std::array<char, 1024> block;
+  std::string line;
+  ssize_t size = 0;
+  while ((size = TEMP_FAILURE_RETRY(read(file.number(), block.data(), block.size()))) > 0) {
+    for (const char byte : std::string_view(block.data(), static_cast<std::size_t>(size))) {
+      if (byte != '\n') {
+        line.push_back(byte);
+        continue;
+      }
+      lines.insert(line);
+      line.clear();
+    }
+  }
+  if (size == 0 && !line.empty()) {
+    lines.insert(line);
+  }
 }
 
 } // namespace
@@ -52,7 +89,8 @@ void messageService::OnTerminate() {
   NORIX_LOG("Call stub OnTerminate");
 }
 
-int messageService::SetCB(std::unique_ptr<ResponseCB> responseCb) {
+// SetCB, UnsetCB and Send must not throw: they are called from the platform's event dispatch.
+int messageService::SetCB(std::unique_ptr<ResponseCB> responseCb) try {
   NORIX_LOG("Call stub SetCB");
   if (!isPermittedSender()) {
     return kRefused;
@@ -65,9 +103,12 @@ int messageService::SetCB(std::unique_ptr<ResponseCB> responseCb) {
   norixImpl->_responseCbMap.erase(GetSender());
   norixImpl->_responseCbMap.emplace(GetSender(), std::move(responseCb));
   return kDone;
+} catch (...) {
+  logStoppedException();
+  return kRefused;
 }
 
-int messageService::UnsetCB() {
+int messageService::UnsetCB() try {
   NORIX_LOG("Call stub UnsetCB");
   if (!isPermittedSender()) {
     return kRefused;
@@ -79,9 +120,12 @@ int messageService::UnsetCB() {
   }
   norixImpl->_responseCbMap.erase(GetSender());
   return kDone;
+} catch (...) {
+  logStoppedException();
+  return kRefused;
 }
 
-void messageService::Send(Bundle request) {
+void messageService::Send(Bundle request) try {
   NORIX_LOG("Call stub Send");
   if (!isPermittedSender()) {
     NORIX_LOG("source app is not allowed to send app sdk requests");
@@ -94,22 +138,25 @@ void messageService::Send(Bundle request) {
     return;
   }
   norixImpl->executeRequest(GetSender().c_str(), request.GetHandle());
+} catch (...) {
+  // Also one that the application's callback has thrown: the request counts as handed over.
+  logStoppedException();
 }
 
 bool messageService::isPermittedSender() {
   if (_allowedAppIds.empty()) {
-    const std::string path =
-        std::string(NORIX_PROXY_ALLOW_APPID_LIST_PATH) + NORIX_PROXY_ALLOW_APPID_LIST_FILE_NAME;
+    const std::string path = allowListPath();
     NORIX_LOG_FORMAT("res_path : %s", path.c_str());
-    const std::unique_ptr<std::istream> list = openList(path);
-    if (list == nullptr) {
+    // A descriptor and not a stream: every request looks for the list, hardly any device has it,
+    // and a stream costs more than the rest of the check.
+    const Descriptor list(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (list.number() < 0) {
       NORIX_LOG("allow_list.dat file not present, allowing all apps");
       return true;
     }
-    // Exactly as it stands: a line that ends in '\r' names no application, an empty one is an id.
-    for (std::string line; std::getline(*list, line);) {
-      _allowedAppIds.insert(line);
-    }
+    // Each line exactly as it is: "id\r" is another id than "id", and an empty line is the empty
+    // id.
+    readLines(list, _allowedAppIds);
   }
   // The platform's ids are C texts, so the sender counts up to its first NUL.
   const char *const senderAppId = GetSender().c_str();

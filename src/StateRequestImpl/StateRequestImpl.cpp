@@ -3,6 +3,7 @@
 
 #include "NorixImpl/NorixCommonData.h"
 #include "NorixImpl/NorixImpl.h"
+#include "common/exceptions.h"
 #include "common/log.h"
 #include "common/response.h"
 #include "common/singleton.h"
@@ -12,7 +13,10 @@
 
 #include <app_common.h>
 
+#include <memory>
 #include <new>
+#include <string>
+#include <utility>
 
 namespace norix {
 
@@ -102,7 +106,7 @@ int StateRequestImpl::completeAppStateRequest(void *requestHandle, const std::st
     NORIX_LOG("Norix Client is not connected");
     return NORIX_ERROR_OPERATION_FAILED;
   }
-  const int number = NorixCommonData::handlerNumber(requestHandle);
+  const int number = commonData->handlerNumber(requestHandle);
   const auto entry = commonData->_actionHandlerMap.find(number);
   if (entry == commonData->_actionHandlerMap.end()) {
     NORIX_LOG_FORMAT("Couldn't find requestId corresponding to actionHandler %d", number);
@@ -120,6 +124,11 @@ int StateRequestImpl::completeAppStateRequest(void *requestHandle, const std::st
   ecore_timer_del(_completeCheckTimer);
   _completeCheckTimer = nullptr;
   NORIX_LOG("App result:");
+  // Again: a request that has arrived meanwhile must not be answered with this state.
+  if (requestId != commonData->_requestId) {
+    NORIX_LOG_FORMAT("Discarding response recieved for old requestId %llu", requestId);
+    return NORIX_ERROR_NONE;
+  }
 
   bundle *const response = createAnswer(KEY_APP_STATE, appContext, commonData->_requestId);
   if (response == nullptr) {
@@ -136,7 +145,7 @@ int StateRequestImpl::completeAppStateRequest(void *requestHandle, const std::st
   return sent;
 }
 
-Eina_Bool StateRequestImpl::_appStateRequestCompleteCheckCb(void *data) {
+Eina_Bool StateRequestImpl::_appStateRequestCompleteCheckCb(void *data) try {
   auto *const self = static_cast<StateRequestImpl *>(data);
   if (self == nullptr) {
     NORIX_LOG("State Request is null");
@@ -158,6 +167,9 @@ Eina_Bool StateRequestImpl::_appStateRequestCompleteCheckCb(void *data) {
   (void)self->sendResponse(response);
   commonData->_actionHandlerMap.erase(commonData->_actionHandlerIndex);
   return ECORE_CALLBACK_CANCEL;
+} catch (...) {
+  logStoppedException();
+  return ECORE_CALLBACK_CANCEL;
 }
 
 int StateRequestImpl::sendResponse(bundle *response) {
@@ -172,25 +184,26 @@ int StateRequestImpl::sendResponse(bundle *response) {
     return NORIX_ERROR_OPERATION_FAILED;
   }
 
+  std::unique_ptr<bundle, decltype(&bundle_free)> owned(response, bundle_free);
   char *appIdText = nullptr;
   (void)app_get_id(&appIdText);
-  const OwnedText ownedAppId(appIdText);
   if (appIdText == nullptr) {
     NORIX_LOG("App Id is null");
-    bundle_free(response);
     return NORIX_ERROR_OPERATION_FAILED;
   }
-  NORIX_LOG_FORMAT("App Id %s", appIdText);
+  std::string appId = copyAndFree(appIdText);
+  NORIX_LOG_FORMAT("App Id %s", appId.c_str());
 
   // A client that never registered a delegate gets an entry without one.
   const auto &responseCb = norixImpl->_responseCbMap[commonData->_norixClientAppId];
   if (responseCb == nullptr) {
-    // Kept: a response without a delegate costs its memory.
     NORIX_LOG("response error: InvalidCallbackException");
+    // Kept: a response without a delegate costs its memory.
+    (void)owned.release();
     return NORIX_ERROR_OPERATION_FAILED;
   }
   try {
-    responseCb->Invoke(appIdText, Bundle(response));
+    responseCb->Invoke(std::move(appId), Bundle(owned.release()));
   } catch (const NotConnectedSocketException &) {
     NORIX_LOG("response error: NotConnectedSocketException");
     return NORIX_ERROR_OPERATION_FAILED;

@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace norix {
 
-// A copy of a C text. Throws std::logic_error for null, with one wording whatever the C++ runtime
-// (constructing a std::string from null is undefined in C++17).
+// A C text, as a view and as a copy. Both throw std::logic_error for null, with one wording
+// whatever the C++ runtime: constructing a std::string from null is undefined in C++17.
+std::string_view viewOf(const char *text);
 std::string textOf(const char *text);
 
 struct FreeText {
@@ -18,6 +20,9 @@ struct FreeText {
 
 // A text that the platform allocated and leaves to its caller.
 using OwnedText = std::unique_ptr<char, FreeText>;
+
+// A copy of such a text, which is freed before this returns.
+std::string copyAndFree(char *text);
 
 } // namespace norix
 

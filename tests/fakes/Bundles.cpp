@@ -3,13 +3,46 @@
 
 #include "fakes/Platform.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstring>
+#include <new>
 #include <utility>
 
 bundle_keyval_s *bundle_s::find(const std::string &key) {
   const auto found = std::find_if(entries.begin(), entries.end(),
                                   [&](const bundle_keyval_s &entry) { return entry.key == key; });
   return found == entries.end() ? nullptr : &*found;
+}
+
+namespace {
+
+// A copy that ends where its page ends.
+std::shared_ptr<char> atPageEnd(const char *text, size_t size) {
+  const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  void *const pages =
+      mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) {
+    throw std::bad_alloc();
+  }
+  char *const end = static_cast<char *>(pages) + page;
+  (void)mprotect(end, page, PROT_NONE);
+  std::memcpy(end - size, text, size);
+  return {end - size, [pages, page](char *) { (void)munmap(pages, 2 * page); }};
+}
+
+} // namespace
+
+char *bundle_keyval_s::Value::text() {
+  if (size + 1 >= sizeof(int)) {
+    return storage.data();
+  }
+  if (guarded == nullptr) {
+    guarded = atPageEnd(storage.c_str(), size + 1);
+  }
+  return guarded.get();
 }
 
 namespace fake {
@@ -19,7 +52,7 @@ namespace {
 constexpr size_t kReadable = 8;
 
 bundle_keyval_s::Value stored(const std::string &bytes) {
-  bundle_keyval_s::Value value{bytes, bytes.size()};
+  bundle_keyval_s::Value value{bytes, bytes.size(), nullptr};
   value.storage.resize(std::max(bytes.size(), kReadable), '\0');
   return value;
 }
@@ -177,7 +210,7 @@ int bundle_get_str(bundle *b, const char *key, char **str) {
   bundle_keyval_s::Value *value = nullptr;
   const int result = call.failure() ? *call.failure()
                                     : fake::get("bundle_get_str", b, key, BUNDLE_TYPE_STR, &value);
-  *str = value == nullptr ? nullptr : value->storage.data();
+  *str = value == nullptr ? nullptr : value->text();
   return result;
 }
 
@@ -197,6 +230,7 @@ int bundle_get_byte(bundle *b, const char *key, void **byte, size_t *size) {
 void bundle_foreach(bundle *b, bundle_iterator_t iter, void *user_data) {
   const PlatformCall call("bundle_foreach", b);
   bundle *alive = fake::used("bundle_foreach", b);
+  platform().bundles.lastIterator = iter;
   if (call.failure() || alive == nullptr) {
     return;
   }

@@ -13,14 +13,19 @@
 #include <vector>
 
 // The values of one key. Each is stored with zeros behind it, at least eight readable bytes in all:
-// the library reads a request id of eight bytes and a handle of four whatever the size of the
-// value.
+// the library reads a request id of eight bytes whatever the size of the value. A string too short
+// for an int is handed out at the end of a page with no readable one behind it, so that a handle
+// that is read beyond its text crashes.
 struct bundle_keyval_s {
   std::string key;
   int type;
   struct Value {
     std::string storage;
     size_t size;
+    std::shared_ptr<char> guarded = nullptr;
+
+    // The string as it is handed out.
+    char *text();
   };
   std::vector<Value> values;
 };
@@ -45,6 +50,9 @@ public:
 
   size_t alive() const { return _alive.size(); }
   int created() const { return _created; }
+
+  // The iterator of the latest bundle_foreach, for a test to call by itself.
+  bundle_iterator_t lastIterator = nullptr;
 
 private:
   std::map<const bundle *, std::unique_ptr<bundle>> _alive;

@@ -96,6 +96,16 @@ void Heap::released(const void *block) {
   _blocks.erase(block);
 }
 
+std::vector<const void *> Heap::blocksOf(Owner owner) const {
+  std::vector<const void *> found;
+  for (const auto &[block, known] : _blocks) {
+    if (known.owner == owner) {
+      found.push_back(block);
+    }
+  }
+  return found;
+}
+
 void Heap::forgetAll() {
   const Bookkeeping own;
   _forgotten.insert(_blocks.begin(), _blocks.end());

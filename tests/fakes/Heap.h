@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <unordered_map>
+#include <vector>
 
 namespace fake {
 
@@ -39,6 +40,7 @@ public:
   char *platformText(const char *text);
 
   const std::unordered_map<const void *, Block> &blocks() const { return _blocks; }
+  std::vector<const void *> blocksOf(Owner owner) const;
 
 private:
   std::unordered_map<const void *, Block> _blocks;

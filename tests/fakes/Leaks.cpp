@@ -4,20 +4,7 @@
 #include "fakes/Heap.h"
 #include "fakes/Platform.h"
 
-#include <algorithm>
-
 namespace fake {
-
-namespace {
-
-std::size_t blocksOf(Heap::Owner owner) {
-  const auto &blocks = Heap::instance().blocks();
-  return static_cast<std::size_t>(
-      std::count_if(blocks.begin(), blocks.end(),
-                    [owner](const auto &block) { return block.second.owner == owner; }));
-}
-
-} // namespace
 
 void Leaks::expectLeft(DeliberateLeak leak, std::size_t times) {
   const Left left = leftBy(leak);
@@ -41,8 +28,10 @@ std::vector<std::string> Leaks::complaints() const {
   compare("parcels", platform().ports.parcelsAlive(), 0);
   compare("app infos", platform().application.infosAlive(), 0);
   compare("timers", platform().clock.alive().size(), _expected.timers);
-  compare("texts of the platform", blocksOf(Heap::Owner::PlatformText), _expected.platformTexts);
-  compare("heap blocks of the library", blocksOf(Heap::Owner::Library), _expected.libraryBlocks);
+  compare("texts of the platform", Heap::instance().blocksOf(Heap::Owner::PlatformText).size(),
+          _expected.platformTexts);
+  compare("heap blocks of the library", Heap::instance().blocksOf(Heap::Owner::Library).size(),
+          _expected.libraryBlocks);
   return found;
 }
 

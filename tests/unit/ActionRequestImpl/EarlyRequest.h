@@ -2,7 +2,7 @@
 #ifndef NORIX_TESTS_EARLY_REQUEST_H
 #define NORIX_TESTS_EARLY_REQUEST_H
 
-#include "ActionRequestImplAccess.h"
+#include "ActionRequestImpl/ActionRequestImpl.h"
 
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"

@@ -18,7 +18,6 @@ using fake::DeliberateLeak;
 using fake::LinesAre;
 using fake::platform;
 using fake::TextsAre;
-using norix::ActionRequestImplAccess;
 using norix::NorixCommonData;
 using testing::IsEmpty;
 
@@ -60,9 +59,13 @@ TEST_F(AnEarlyRequest, TakesAClientWithAnEmptyId) {
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 
+// Routing has always cancelled the tick; on its own, receiveRequest leaves it alone and drops the
+// copy.
 TEST_F(AnEarlyRequest, NeedsItsCopy) {
+  bundle *second = platform().bundles.create(fake::actionRequest("stop", 43));
+  fake::library([second] { object()->receiveRequest(fake::kAssistantId, "stop", second); });
+  bundle_free(second);
   forgetCalls();
-  ActionRequestImplAccess::setPendingBundle(nullptr);
 
   ticks(6);
 
@@ -100,7 +103,7 @@ TEST_F(AnEarlyRequest, ChecksItsTimerBeforeItCountsTheTick) {
 }
 
 TEST_F(AnEarlyRequest, ChecksItsClientBeforeItsCopy) {
-  ActionRequestImplAccess::setPendingBundle(nullptr);
+  app.deinitialises();
   forgetCalls();
   {
     const fake::NoClient noClient;
@@ -135,14 +138,12 @@ TEST_F(AnEarlyRequest, RenewsItsTimerUntilItIsDelivered) {
 }
 
 TEST_F(AnEarlyRequest, ThrowsOutOfTheTickWhenItsCopyHasNoActionId) {
-  bundle *without = platform().bundles.create({});
-  ActionRequestImplAccess::setPendingBundle(without);
+  platform().faults.fail("bundle_add_str");
+  assistant.asksForAction("play", 43);
 
   EXPECT_THAT([] { ticks(1); }, testing::ThrowsMessage<std::logic_error>(
                                     testing::StrEq("basic_string::_M_construct null not valid")));
 
-  bundle_free(without);
-  ActionRequestImplAccess::setPendingBundle(nullptr);
   expectLeft(DeliberateLeak::ParkedBundle);
 }
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What a request that waits for its callback keeps of its entries.
-#include "ActionRequestImplAccess.h"
-
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
 
@@ -15,7 +13,6 @@ using fake::library;
 using fake::LinesAre;
 using fake::platform;
 using fake::TextsAre;
-using norix::ActionRequestImplAccess;
 using testing::Contains;
 
 class AParkedCopy : public fake::ReadyLibraryTest {
@@ -25,8 +22,10 @@ protected:
     Contents request = {fake::text("actionId", "play")};
     request.insert(request.end(), entries.begin(), entries.end());
     assistant.sends(request);
+    app.registersFor("play");
+    platform().clock.advance(0.02);
     expectLeft(fake::DeliberateLeak::ParkedBundle);
-    return fake::contentsOf(ActionRequestImplAccess::pendingBundle());
+    return app.actionRequests.back().params;
   }
 };
 
@@ -74,12 +73,11 @@ TEST_F(AParkedCopy, IsReadEntryByEntry) {
 }
 
 TEST_F(AParkedCopy, NeedsATarget) {
+  copyOf({});
   bundle *request = platform().bundles.create({fake::text("key", "value")});
+  forgetCalls();
 
-  library([request] {
-    bundle_foreach(request, ActionRequestImplAccess::kBundleDataCb, nullptr);
-    return 0;
-  });
+  library([request] { bundle_foreach(request, platform().bundles.lastIterator, nullptr); });
 
   EXPECT_THAT(logLines(),
               LinesAre({IsLine("ActionRequestImpl.cpp", "_bundleDataCb", "Bundle data is null")}));
@@ -91,15 +89,15 @@ TEST_F(AParkedCopy, NeedsATarget) {
 
 // The type that the iterator is told is not looked at.
 TEST_F(AParkedCopy, TakesTheTypeFromTheEntryItself) {
+  copyOf({});
   bundle *target = platform().bundles.create({});
-  bundle_keyval_s entry{"key", BUNDLE_TYPE_STR, {{"value", 5}}};
+  bundle *request = platform().bundles.create({fake::text("key", "value")});
+  bundle_keyval_s *const entry = request->find("key");
 
-  library([&] {
-    ActionRequestImplAccess::kBundleDataCb("key", BUNDLE_TYPE_BYTE_ARRAY, &entry, target);
-    return 0;
-  });
+  library([&] { platform().bundles.lastIterator("key", BUNDLE_TYPE_BYTE_ARRAY, entry, target); });
 
   EXPECT_THAT(fake::contentsOf(target), EntriesAre({fake::text("key", "value")}));
+  bundle_free(request);
   bundle_free(target);
 }
 

@@ -8,8 +8,12 @@
 
 #include <norix.h>
 
+#include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <filesystem>
 #include <iterator>
 #include <ostream>
@@ -99,6 +103,67 @@ TEST_F(TheAllowList, CountsAlsoWithoutAStandardInput) {
   dup2(standardInput, STDIN_FILENO);
   close(standardInput);
   EXPECT_FALSE(isServed);
+}
+
+// Counts how often a file has been opened since it was made.
+class Openings {
+public:
+  explicit Openings(const std::string &file) : _notify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    // Equal events in a row count once, hence those of the closing between them.
+    EXPECT_NE(inotify_add_watch(_notify, file.c_str(), IN_OPEN | IN_CLOSE_NOWRITE), -1);
+  }
+  ~Openings() { close(_notify); }
+  Openings(const Openings &) = delete;
+  Openings &operator=(const Openings &) = delete;
+
+  std::size_t count() const {
+    // An event of a watched file has no name behind it.
+    std::array<inotify_event, 64> events = {};
+    (void)read(_notify, events.data(), sizeof events);
+    return static_cast<std::size_t>(
+        std::count_if(events.begin(), events.end(),
+                      [](const inotify_event &event) { return (event.mask & IN_OPEN) != 0; }));
+  }
+
+private:
+  int _notify;
+};
+
+TEST_F(TheAllowList, IsOpenedOncePerCheck) {
+  allowListIs("");
+  const Openings openings(std::string(NORIX_PROXY_ALLOW_APPID_LIST_PATH) + "allow_list.dat");
+
+  EXPECT_FALSE(serves(assistant));
+  EXPECT_EQ(openings.count(), 1U);
+
+  EXPECT_FALSE(serves(assistant));
+  EXPECT_FALSE(serves(assistant));
+  EXPECT_EQ(openings.count(), 2U);
+}
+
+// The id behind the error does not count, nor the part of one before it.
+TEST_F(TheAllowList, EndsWhereItCannotBeRead) {
+  const std::string filler(100, 'x');
+  std::string list = "com.valtren.tizen.norix\n";
+  while (list.size() < 10000) {
+    list += filler + "\n";
+  }
+  allowListIs(list + "org.example.other\n");
+  fake::Assistant other("org.example.other", "instance-2");
+  fake::Assistant part("x", "instance-3");
+  for (fake::Assistant *each : {&assistant, &other, &part}) {
+    each->connects();
+    platform().faults.fail("read", 2);
+
+    EXPECT_EQ(serves(*each), each == &assistant) << each->sender();
+  }
+}
+
+TEST_F(TheAllowList, IsReadAgainWhenASignalInterruptsIt) {
+  allowListIs("com.valtren.tizen.norix\n");
+  platform().faults.fail("read", 1, EINTR);
+
+  EXPECT_TRUE(serves(assistant));
 }
 
 TEST_F(TheAllowList, IsOpenedAfterItWasNamed) {

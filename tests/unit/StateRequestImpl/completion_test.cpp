@@ -181,6 +181,28 @@ TEST_F(AStateAnswer, ToAReplacedRequestIsDroppedWithoutAnError) {
   expectLeft(DeliberateLeak::StateTimer);
 }
 
+// The log may run other code of the process, and a request may arrive meanwhile.
+TEST_F(AStateAnswer, IsDiscardedWhenAnotherRequestArrivesWhileItIsLogged) {
+  inside("dlog_print(App result:)", [this] {
+    assistant.asksForState(43);
+    forgetCalls();
+  });
+
+  EXPECT_EQ(app.answersState("of the first"), NORIX_ERROR_NONE);
+
+  EXPECT_THAT(log().back(), "Discarding response recieved for old requestId 42");
+  EXPECT_THAT(logLines(),
+              testing::Contains(IsLine(kFile, kFunction,
+                                       "Discarding response recieved for old requestId "
+                                       "%llu",
+                                       "Discarding response recieved for old requestId 42")));
+  EXPECT_THAT(calls({"bundle_create", "app_get_id"}), IsEmpty());
+  EXPECT_THAT(assistant.callbacks(), IsEmpty());
+
+  EXPECT_EQ(app.answersState("of the second"), NORIX_ERROR_NONE);
+  EXPECT_THAT(assistant.responses(), ResponsesAre({fake::stateAnswer("of the second", 43)}));
+}
+
 TEST_F(AStateAnswer, ComparesAllSixtyFourBitsOfTheRequestId) {
   common()._requestId = 42ULL | (1ULL << 63);
 

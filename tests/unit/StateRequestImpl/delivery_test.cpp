@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fakes/Heap.h"
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
 #include "fakes/NoClient.h"
@@ -194,7 +195,19 @@ TEST_F(AStateResponse, NeedsAClient) {
   expectLeft(DeliberateLeak::UndeliveredResponse);
 }
 
-// The bundle is its owner's and the id is released before the invocation: nothing is left.
+TEST_F(AStateResponse, ReleasesThePlatformsTextBeforeTheIdIsLogged) {
+  assistant.asksForState(1);
+  bool isHeld = true;
+  inside("dlog_print(App Id org.example.music)", [&isHeld] {
+    isHeld = !fake::Heap::instance().blocksOf(fake::Heap::Owner::PlatformText).empty();
+  });
+
+  app.answersState("state");
+
+  EXPECT_FALSE(isHeld);
+}
+
+// The response has an owner, and the application's id is a copy: nothing is left.
 TEST_F(AStateResponse, LetsAnotherExceptionOfTheDelegateThrough) {
   assistant.asksForState(1);
   platform().during["rpc_port_parcel_create"] = [] { throw std::bad_alloc(); };
@@ -203,17 +216,6 @@ TEST_F(AStateResponse, LetsAnotherExceptionOfTheDelegateThrough) {
   EXPECT_THROW(app.answersState("state"), std::bad_alloc);
 
   EXPECT_EQ(log().back(), "App Id org.example.music");
-  EXPECT_THAT(assistant.callbacks(), IsEmpty());
-}
-
-TEST_F(AStateResponse, LetsAnotherExceptionOfATimeoutThrough) {
-  assistant.asksForState(1);
-  platform().during["rpc_port_parcel_create"] = [] { throw std::bad_alloc(); };
-
-  EXPECT_THROW(platform().clock.advance(30), std::bad_alloc);
-
-  EXPECT_EQ(app.answersState("late"), NORIX_ERROR_OPERATION_FAILED); // the handle is kept
-  platform().clock.advance(kLong);
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
 }
 
