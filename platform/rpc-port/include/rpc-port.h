@@ -24,7 +24,8 @@
  * 5. Errors. A null handle, a null argument that is not said to be optional, and the handle of a
  *    stub or proxy that has been destroyed are #RPC_PORT_ERROR_INVALID_PARAMETER. A port whose
  *    connection has ended is #RPC_PORT_ERROR_IO_ERROR. Outputs are written on success only.
- * 6. A port is owned by its connection and dies with it; its handle is then refused for good.
+ * 6. A port is owned by its connection and ends with it, or before it by rpc_port_disconnect(). The
+ *    handle of an ended port is refused for good.
  * 7. A forked child has none of its parent's ports and hears nothing of them, but can make stubs
  *    and proxies of its own.
  */
@@ -92,15 +93,17 @@ int rpc_port_read(rpc_port_h h, void *buf, unsigned int size);
 int rpc_port_write(rpc_port_h h, const void *buf, unsigned int size);
 
 /**
- * @brief Ends the port's connection, both ports of it.
- * @details Both sides get their disconnected event, this side from a later turn of the loop. What
- *          has been sent and taken by the system still reaches the other side; what waits in this
- *          process is dropped.
- * @param[in] h Either port of the connection
+ * @brief Ends one port on both sides; its handle is stale afterwards.
+ * @details The other port of the connection goes on while it is used. The connection ends when that
+ *          port is disconnected too, when nothing has travelled on it for one second, or with the
+ *          proxy or the stub. Both sides then get their disconnected event, this side from a later
+ *          turn of the loop. What the system has taken still reaches the other side; what waits in
+ *          this process for this port, to be sent or to be read, is dropped.
+ * @param[in] h The port
  * @return 0 on success, otherwise a negative error value
  * @retval #RPC_PORT_ERROR_NONE              Success
  * @retval #RPC_PORT_ERROR_INVALID_PARAMETER @a h is NULL
- * @retval #RPC_PORT_ERROR_IO_ERROR          The connection has ended before
+ * @retval #RPC_PORT_ERROR_IO_ERROR          The port has ended before
  */
 int rpc_port_disconnect(rpc_port_h h);
 
@@ -293,7 +296,8 @@ int rpc_port_proxy_add_received_event_cb(rpc_port_proxy_h h, rpc_port_proxy_rece
  * @retval #RPC_PORT_ERROR_NONE              Success
  * @retval #RPC_PORT_ERROR_INVALID_PARAMETER @a h or @a port is NULL, @a h has been destroyed, or
  *                                           @a type is none of the two
- * @retval #RPC_PORT_ERROR_IO_ERROR          The proxy has no connection
+ * @retval #RPC_PORT_ERROR_IO_ERROR          The proxy has no connection, or has disconnected this
+ *                                           port of it
  */
 int rpc_port_proxy_get_port(rpc_port_proxy_h h, rpc_port_port_type_e type, rpc_port_h *port);
 
@@ -438,7 +442,8 @@ int rpc_port_stub_set_trusted(rpc_port_stub_h h, const bool trusted);
  * @retval #RPC_PORT_ERROR_NONE              Success
  * @retval #RPC_PORT_ERROR_INVALID_PARAMETER An argument is NULL, @a h has been destroyed, or
  *                                           @a type is none of the two
- * @retval #RPC_PORT_ERROR_IO_ERROR          There is no such connection, or not any more
+ * @retval #RPC_PORT_ERROR_IO_ERROR          There is no such connection, or this port of it has been
+ *                                           disconnected
  */
 int rpc_port_stub_get_port(rpc_port_stub_h h, rpc_port_port_type_e type, const char *instance,
                            rpc_port_h *port);

@@ -49,8 +49,12 @@ int rpc_port_disconnect(rpc_port_h h) {
   if (!h) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
-  const rpc::Port *port = rpc::ports().find(h);
-  return port ? port->connection->disconnect() : RPC_PORT_ERROR_IO_ERROR;
+  const rpc::Port *found = rpc::ports().find(h);
+  if (!found) {
+    return RPC_PORT_ERROR_IO_ERROR;
+  }
+  const rpc::Port port = *found; // The handle goes stale.
+  return port.connection->disconnect(port.type);
 }
 
 int rpc_port_set_private_sharing(rpc_port_h port, const char *path) {

@@ -3,7 +3,6 @@
 
 #include "api/arguments.h"
 #include "common/bounds.h"
-#include "common/log.h"
 #include "connection/Connection.h"
 #include "registry/Ports.h"
 #include "wire/Parcel.h"
@@ -68,21 +67,14 @@ int rpc_port_parcel_create_from_port(rpc_port_parcel_h *h, rpc_port_h port) {
   if (!found) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
-  const std::shared_ptr<rpc::Connection> connection = found->connection;
+  const rpc::Port kept = *found; // Taking the parcel may end the connection.
   return rpc::guarded([&]() -> int {
-    rpc::Buffer payload;
-    const int error = connection->takeParcel(found->type, payload);
-    if (error != RPC_PORT_ERROR_NONE) {
-      return error;
+    std::unique_ptr<rpc::Parcel> parcel;
+    const int error = kept.connection->takeParcel(kept.type, parcel);
+    if (error == RPC_PORT_ERROR_NONE) {
+      *h = parcel.release();
     }
-    auto parcel = rpc::Parcel::fromWire(std::move(payload));
-    if (!parcel) {
-      dlog_print(DLOG_WARN, rpc::kLogTag, "a peer sends what is no parcel: it is disconnected");
-      (void)connection->disconnect();
-      return RPC_PORT_ERROR_IO_ERROR;
-    }
-    *h = parcel.release();
-    return RPC_PORT_ERROR_NONE;
+    return error;
   });
 }
 
@@ -94,7 +86,7 @@ int rpc_port_parcel_create_from_raw(rpc_port_parcel_h *h, const void *raw, unsig
     rpc::Buffer payload;
     payload.reserve(size);
     payload.append(raw, size);
-    auto parcel = rpc::Parcel::fromWire(std::move(payload));
+    auto parcel = rpc::Parcel::fromWire(payload);
     if (!parcel) {
       return RPC_PORT_ERROR_INVALID_PARAMETER;
     }

@@ -47,6 +47,8 @@ constexpr double kWelcomeSeconds = 10.0;
 constexpr double kRetrySeconds = 0.01;
 /// How long a read from a proxy's main port waits for the answer.
 constexpr double kReplySeconds = 10.0;
+/// How long one port of a connection outlives the other while nothing travels on it.
+constexpr double kLonePortSeconds = 1.0;
 /// How long accepting pauses when descriptors or memory have run out.
 constexpr double kAcceptPauseSeconds = 0.1;
 /// So many descriptors are left to the application: what it opens itself must not fail because

@@ -5,50 +5,30 @@
 #include "common/log.h"
 #include "socket/spareDescriptors.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
 #include <utility>
-#include <vector>
 
 namespace platform::rpc_port {
 
-namespace {
-
-/// Those of this process. Never destroyed: an application may exit with stubs alive.
-std::vector<Acceptor *> &acceptors() {
-  static auto *const all = new std::vector<Acceptor *>;
-  return *all;
-}
-
-} // namespace
-
 Acceptor::Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby)
     : _socket(std::move(socket)), _lobby(lobby), _watch(*this),
-      _pause(&Acceptor::onPauseOver, this) {
-  acceptors().push_back(this);
-}
-
-Acceptor::~Acceptor() {
-  acceptors().erase(std::find(acceptors().begin(), acceptors().end(), this));
-}
+      _pause(&Acceptor::onPauseOver, this), _port(LocalPort::IsAt::to<&Acceptor::isAt>(*this),
+                                                  Callback<void()>::to<&Acceptor::serve>(*this)) {}
 
 bool Acceptor::start() {
   return _watch.start(_socket->descriptor(), true, false);
 }
 
-bool Acceptor::serve(const std::string &appId, const std::string &port) {
-  const auto found =
-      std::find_if(acceptors().begin(), acceptors().end(),
-                   [&](const Acceptor *acceptor) { return acceptor->_socket->isOf(appId, port); });
-  if (found == acceptors().end()) {
-    return false;
-  }
-  (*found)->acceptWaiting();
-  (*found)->_lobby.receiveHellos(); // The last step: a handler may destroy the stub.
-  return true;
+bool Acceptor::isAt(const std::string &appId, const std::string &port) const {
+  return _socket->isOf(appId, port);
+}
+
+void Acceptor::serve() {
+  acceptWaiting();
+  _lobby.receiveHellos(); // The last step: a handler may destroy the stub.
 }
 
 void Acceptor::descriptorReady(FdWatch::Events /*events*/) {
@@ -94,10 +74,8 @@ void Acceptor::pause(const char *reason) {
   if (!std::exchange(_isShort, true)) {
     dlog_print(DLOG_WARN, kLogTag, "new connections have to wait: %s", reason);
   }
-  if (!_pause.isRunning()) {
-    _watch.update(false, false);
-    _pause.start(kAcceptPauseSeconds);
-  }
+  _pause.start(kAcceptPauseSeconds);
+  _watch.update(!_pause.isRunning(), false); // Without a timer, only the loop can look again.
 }
 
 void Acceptor::onPauseOver(void *data) {

@@ -5,6 +5,7 @@
 #include "connection/Lobby.h"
 #include "loop/FdWatch.h"
 #include "loop/Timer.h"
+#include "registry/LocalPort.h"
 #include "socket/PortSocket.h"
 
 #include <memory>
@@ -16,21 +17,16 @@ namespace platform::rpc_port {
 class Acceptor final : private FdWatch::Target {
 public:
   Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby);
-  ~Acceptor();
   Acceptor(const Acceptor &) = delete;
   Acceptor &operator=(const Acceptor &) = delete;
 
   bool start();
 
-  /**
-   * @brief Does the loop's work at a port of this process, for a caller that holds the loop up.
-   * @return Whether there is such a port.
-   */
-  static bool serve(const std::string &appId, const std::string &port);
-
 private:
   static void onPauseOver(void *data);
   void descriptorReady(FdWatch::Events events) override;
+  bool isAt(const std::string &appId, const std::string &port) const;
+  void serve();
   void acceptWaiting();
   bool acceptOne();
   bool isWaiting() const;
@@ -41,6 +37,7 @@ private:
   FdWatch _watch;
   Timer _pause;
   bool _isShort = false; // The log has said so since the last connection was accepted.
+  LocalPort _port;
 };
 
 } // namespace platform::rpc_port

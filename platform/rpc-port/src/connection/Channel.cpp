@@ -36,8 +36,8 @@ Channel::Channel(Descriptor socket, FrameKind greeting)
   (void)setsockopt(_socket.get(), SOL_SOCKET, SO_SNDBUF, &kSocketBuffer, sizeof kSocketBuffer);
 }
 
-bool Channel::attach(Listener &listener, bool reading) {
-  _listener = &listener;
+bool Channel::attach(Listener listener, bool reading) {
+  _listener = listener;
   _isReading = reading;
   if (_watch.isRunning()) {
     updateWatch();
@@ -52,28 +52,31 @@ void Channel::setReading(bool reading) {
 }
 
 void Channel::descriptorReady(FdWatch::Events events) {
-  _listener->channelReady(*this, events);
+  (*_listener)(*this, events);
 }
 
-/// One call for all that is there, as long as that fits into the buffer: a short count is the end.
+/// One call for everything that fits into the buffer: a short count says that nothing is left.
 Channel::Input Channel::receive() try {
-  for (std::size_t total = 0; !_hasEnded && total < kBytesPerTurn;) {
+  for (std::size_t total = 0; !_end && total < kBytesPerTurn;) {
     const FrameReader::Space space = _reader.space();
     const ssize_t received = receiveInto(_socket.get(), space);
     if (received == kNothingThere) {
       return Input::Drained;
     }
-    _hasEnded = received == kEnd || !takeIn(static_cast<std::size_t>(received));
-    if (!_hasEnded && static_cast<std::size_t>(received) < space.size) {
+    if (received == kEnd) {
+      _end = Input::Closed;
+    } else if (!takeIn(static_cast<std::size_t>(received))) {
+      _end = Input::Invalid;
+    } else if (static_cast<std::size_t>(received) < space.size) {
       return Input::Drained;
     }
     total += space.size;
   }
-  return _hasEnded ? Input::Ended : Input::More;
+  return _end.value_or(Input::More);
 } catch (const std::bad_alloc &) {
   dlog_print(DLOG_ERROR, kLogTag, "no memory for what a peer sends: it is disconnected");
-  _hasEnded = true;
-  return Input::Ended;
+  _end = Input::Invalid;
+  return Input::Invalid;
 }
 
 bool Channel::takeIn(std::size_t size) {
@@ -114,17 +117,22 @@ bool Channel::waitForInput(double seconds) {
   return ready != 0;
 }
 
-void Channel::shutdown() {
+bool Channel::isHungUp() const {
+  pollfd entry = {_socket.get(), 0, 0};
+  return poll(&entry, 1, 0) == 1;
+}
+
+void Channel::finish() {
+  _watch.stop();
   _queue.clear();
-  (void)::shutdown(_socket.get(), SHUT_RDWR);
+  _inbox.clear();
+  _end = Input::Closed;
+  (void)::shutdown(_socket.get(), SHUT_WR);
 }
 
 void Channel::close() {
-  _watch.stop();
+  finish();
   _socket.close();
-  _queue.clear();
-  _inbox.clear();
-  _hasEnded = true;
 }
 
 } // namespace platform::rpc_port

@@ -2,6 +2,7 @@
 #ifndef PLATFORM_RPC_PORT_CONNECTION_CHANNEL_H
 #define PLATFORM_RPC_PORT_CONNECTION_CHANNEL_H
 
+#include "common/Callback.h"
 #include "loop/FdWatch.h"
 #include "socket/Descriptor.h"
 #include "wire/FrameReader.h"
@@ -9,35 +10,35 @@
 #include "wire/SendQueue.h"
 
 #include <cstddef>
+#include <optional>
 
 namespace platform::rpc_port {
 
-/// One of the two sockets of a connection: frames in, frames out, and nothing ever waits.
+/// One of the two sockets of a connection: frames in, frames out, without ever blocking.
 class Channel final : private FdWatch::Target {
 public:
-  /// Who is told that the loop saw something. It may destroy the channel from inside the call.
-  class Listener {
-  public:
-    virtual void channelReady(Channel &channel, FdWatch::Events events) = 0;
+  /// Called when the loop saw something. It may destroy the channel.
+  using Listener = Callback<void(Channel &channel, FdWatch::Events events)>;
 
-  protected:
-    ~Listener() = default;
+  /// What receive() found.
+  enum class Input {
+    More,    ///< There may be more to receive.
+    Drained, ///< Nothing is left for now.
+    Closed,  ///< The peer has closed the socket, and everything before that is received.
+    Invalid  ///< The peer sent what is no frame, or there is no memory for what it sent.
   };
-
-  /// What receive() found. Ended: the peer has closed, or sent what no peer of ours sends.
-  enum class Input { More, Drained, Ended };
 
   Channel(Descriptor socket, FrameKind greeting);
 
-  /// Joins the loop, or changes who is told. @return false when Ecore does not take it.
-  bool attach(Listener &listener, bool reading);
+  /// Joins the loop, or replaces the listener. @return false when Ecore does not take the socket.
+  bool attach(Listener listener, bool reading);
+  /// Leaves the loop, which would otherwise report a hang-up again and again.
+  void detach() { _watch.stop(); }
   /// Whether input wakes the loop. A hang-up always does, as does room for what has to be sent.
   void setReading(bool reading);
 
   Input receive();
   Inbox &inbox() { return _inbox; }
-  bool isGreeted() const { return _reader.isGreeted() && !_inbox.empty(); }
-
   SendOutcome send(OutgoingMessage &message);
   /// @return false when the peer takes nothing any more.
   bool flush();
@@ -48,9 +49,12 @@ public:
    */
   bool waitForInput(double seconds);
 
-  /// Ends it for both sides at once; what the peer has not read yet, it still can.
-  void shutdown();
-  /// Leaves the loop and closes the socket. What has arrived is forgotten.
+  /// Whether the peer has closed its socket, rather than finished sending on it.
+  bool isHungUp() const;
+  /// Leaves the loop and tells the peer that nothing follows. What has arrived is dropped.
+  void finish();
+  /// Leaves the loop and closes the socket. What has arrived is dropped; what the system has taken
+  /// still reaches the peer.
   void close();
   int descriptor() const { return _socket.get(); }
 
@@ -61,9 +65,9 @@ private:
 
   Descriptor _socket;
   FdWatch _watch;
-  Listener *_listener = nullptr;
+  std::optional<Listener> _listener;
   bool _isReading = false;
-  bool _hasEnded = false;
+  std::optional<Input> _end; // Closed or Invalid, once receive() has found that.
   FrameReader _reader;
   Inbox _inbox;
   SendQueue _queue;

@@ -8,39 +8,43 @@
 #include "registry/Ports.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace platform::rpc_port {
 
-Connection::Connection(std::weak_ptr<ConnectionOwner> owner, Peer peer, ConnectionEnds ends,
+Connection::Connection(ConnectionHandlers handlers, Peer peer, ConnectionEnds ends,
                        bool watchesMain)
-    : _owner(std::move(owner)), _peer(std::move(peer)), _lines{{{std::move(ends.main), watchesMain},
-                                                                {std::move(ends.callback), true}}},
-      _turn(&Connection::onTurn, this) {}
+    : _handlers(std::move(handlers)),
+      _peer(std::move(peer)), _lines{{{std::move(ends.main), watchesMain},
+                                      {std::move(ends.callback), true}}},
+      _turn(&Connection::onTurn, this), _lonePort(&Connection::onLonePortIdle, this) {}
 
-bool Connection::open() {
+bool Connection::open() try {
   for (const auto type : {RPC_PORT_PORT_MAIN, RPC_PORT_PORT_CALLBACK}) {
     _lines[type].port = ports().add({shared_from_this(), type});
   }
-  return std::all_of(_lines.begin(), _lines.end(), [this](Line &line) {
-    return line.channel->attach(*this, line.isWatched && line.channel->inbox().empty());
+  const auto listener = Channel::Listener::to<&Connection::channelReady>(*this);
+  return std::all_of(_lines.begin(), _lines.end(), [listener](Line &line) {
+    return line.channel->attach(listener, line.isWatched && line.channel->inbox().empty());
   });
+} catch (const std::bad_alloc &) {
+  return false;
 }
 
 void Connection::announceWaiting() {
-  if (const auto owner = _owner.lock()) {
-    planNext(*owner);
-  }
+  planNext();
 }
 
 void Connection::close() {
   const auto self = shared_from_this(); // The ports may be all that holds it.
   const bool wasOpen = std::exchange(_state, State::Closed) == State::Open;
   _turn.cancel();
+  _lonePort.stop();
   for (Line &line : _lines) {
-    ports().remove(line.port);
-    if (wasOpen) {
-      (void)line.channel->flush(); // The last chance of what the socket did not take so far.
+    ports().remove(std::exchange(line.port, nullptr));
+    if (wasOpen && line.end == End::None) {
+      (void)line.channel->flush(); // The last chance for what the socket did not take so far.
     }
     line.channel->close();
   }
@@ -51,10 +55,10 @@ void Connection::channelReady(Channel &channel, FdWatch::Events events) {
   Line &line = _lines[&channel == _lines[RPC_PORT_PORT_MAIN].channel.get() ? 0 : 1];
   const bool takesNothing = events.writable && !channel.flush();
   if (takesNothing || events.hungUp) {
-    peerHasGone();
+    drain();
   }
   if (events.readable) {
-    receive(line);
+    receiveForLoop(line);
   }
   takeTurn();
 }
@@ -64,46 +68,53 @@ void Connection::onTurn(void *data) {
   self->takeTurn();
 }
 
-/// What one turn of the loop has for this connection; ends in a state that needs no other event.
+/// One turn's share of this connection. Afterwards an event or a planned turn leads on.
 void Connection::takeTurn() {
-  const auto owner = _owner.lock();
-  if (_state == State::Closed || !owner) {
+  const auto owner = _handlers.owner.lock();
+  if (_state == State::Closed || owner == nullptr) {
     return;
   }
-  const ScopeExit next([this, &owner] { planNext(*owner); });
+  const ScopeExit next([this] { planNext(); });
   int budget = kMessagesPerTurn;
   for (Line &line : _lines) {
-    if (_state == State::Draining) {
-      receive(line);
+    if (line.end == End::Peer || _state == State::Draining) {
+      receiveForLoop(line);
     }
-    handOut(*owner, line, budget);
+    handOut(line, budget);
   }
-  if (isOver(*owner)) {
+  if (isOver()) {
     close();
-    owner->connectionEnded(*this);
+    _handlers.ended(*this);
   }
 }
 
-/// Not while messages wait: a peer that sends faster than it is answered is to feel it.
-void Connection::receive(Line &line) {
-  if (!line.isWatched || !line.channel->inbox().empty()) {
-    return;
-  }
-  line.input = line.channel->receive();
-  if (line.input == Channel::Input::Ended) {
-    peerHasGone();
+/// Back-pressure: nothing is received while messages wait to be taken.
+void Connection::receiveForLoop(Line &line) {
+  if (line.isWatched && line.end != End::Here && line.channel->inbox().empty()) {
+    (void)receive(line);
   }
 }
 
-void Connection::handOut(ConnectionOwner &owner, Line &line, int &budget) {
-  while (line.isWatched && isReceiving(owner) && !line.channel->inbox().empty() && budget > 0
-         && offer(owner, line)) {
+Channel::Input Connection::receive(Line &line) {
+  const Channel::Input input = line.channel->receive();
+  line.input = input;
+  if (input == Channel::Input::Closed && !line.channel->isHungUp()) {
+    endLine(line, End::Peer);
+  } else if (input == Channel::Input::Closed || input == Channel::Input::Invalid) {
+    drain();
+  }
+  return input;
+}
+
+void Connection::handOut(Line &line, int &budget) {
+  while (line.isWatched && isReceiving() && !line.channel->inbox().empty() && budget > 0
+         && offer(line)) {
     --budget;
   }
 }
 
 /// @return false when the message is left where it is, for a later turn.
-bool Connection::offer(ConnectionOwner &owner, Line &line) {
+bool Connection::offer(Line &line) {
   Inbox &inbox = line.channel->inbox();
   if (line.isOffering()) {
     return false;
@@ -111,8 +122,9 @@ bool Connection::offer(ConnectionOwner &owner, Line &line) {
   const std::uint64_t number = inbox.frontNumber();
   const ScopeExit restore([&line, before = line.offered] { line.offered = before; });
   line.offered = number;
+  _isUsed = true;
 
-  const int result = owner.messageReady(*this, line.port);
+  const int result = _handlers.messageReady(*this, line.port);
 
   if (result != 0) {
     end();
@@ -120,86 +132,149 @@ bool Connection::offer(ConnectionOwner &owner, Line &line) {
   }
   const bool isTaken = inbox.frontNumber() != number;
   if (!isTaken && _state == State::Draining) {
-    // Offered for ever, it would keep a connection that has no other side any more.
+    // A message that nobody takes must not keep a connection that has no other side any more.
     (void)inbox.pop();
     return true;
   }
   return isTaken;
 }
 
-bool Connection::isReceiving(const ConnectionOwner &owner) const {
-  return (_state == State::Open || _state == State::Draining) && owner.hasReceivers();
+bool Connection::isReceiving() const {
+  return (_state == State::Open || _state == State::Draining) && _handlers.hasReceivers();
 }
 
-bool Connection::isOver(const ConnectionOwner &owner) const {
+bool Connection::isOver() const {
   if (_state != State::Draining) {
     return _state == State::Ending;
   }
-  return !owner.hasReceivers() || std::all_of(_lines.begin(), _lines.end(), [](const Line &line) {
-    return !line.isWatched || (line.channel->inbox().empty() && line.input != Channel::Input::More);
-  });
+  return !_handlers.hasReceivers()
+         || std::all_of(_lines.begin(), _lines.end(),
+                        [](const Line &line) { return line.isExhausted(); });
 }
 
-/// Sees to it that the loop comes back if, and only if, there is something to do.
-void Connection::planNext(const ConnectionOwner &owner) {
+/// Makes the loop come back if, and only if, there is something to do.
+void Connection::planNext() {
   if (_state == State::Closed) {
     return;
   }
-  const auto isOffering = [](const Line &line) { return line.isOffering(); };
-  const auto isWaiting = [](const Line &line) {
-    return line.isWatched && !line.channel->inbox().empty();
-  };
   for (Line &line : _lines) {
     line.channel->setReading(line.isWatched && line.channel->inbox().empty());
   }
   // A handler up the stack runs a loop of its own; its turn plans the next when it is done.
-  if (std::any_of(_lines.begin(), _lines.end(), isOffering)) {
+  if (std::any_of(_lines.begin(), _lines.end(),
+                  [](const Line &line) { return line.isOffering(); })) {
     return;
   }
-  const bool hasMessages = std::any_of(_lines.begin(), _lines.end(), isWaiting);
-  if (_state != State::Open || (hasMessages && owner.hasReceivers())) {
+  if (needsTurn()) {
     _turn.plan();
   } else {
     _turn.cancel();
   }
 }
 
-void Connection::peerHasGone() {
+bool Connection::needsTurn() const {
   if (_state != State::Open) {
+    return true;
+  }
+  const bool hasReceivers = _handlers.hasReceivers();
+  return std::any_of(_lines.begin(), _lines.end(), [hasReceivers](const Line &line) {
+    const bool isEmpty = line.channel->inbox().empty();
+    return isEmpty ? line.end == End::Peer && line.hasMore() : line.isWatched && hasReceivers;
+  });
+}
+
+/// The end of one port alone, of which the peer learns by the end of that socket's stream. A peer
+/// that closes a socket has ended the connection.
+void Connection::endLine(Line &line, End by) {
+  if (line.end != End::None || (_state != State::Open && _state != State::Draining)) {
     return;
   }
-  _state = State::Draining;
-  for (Line &line : _lines) {
+  line.end = by;
+  if (by == End::Peer) {
     line.input = Channel::Input::More; // Until receiving has shown that nothing is left.
+    line.channel->detach();
+  } else {
+    line.input = Channel::Input::Drained;
+    ports().remove(std::exchange(line.port, nullptr));
+    line.channel->finish();
+  }
+  const auto hasEnded = [](const Line &one) { return one.end != End::None; };
+  const auto isHere = [](const Line &one) { return one.end == End::Here; };
+  if (std::all_of(_lines.begin(), _lines.end(), isHere)) {
+    end();
+  } else if (std::all_of(_lines.begin(), _lines.end(), hasEnded)) {
+    drain();
+  } else {
+    waitForOtherPort();
   }
   _turn.plan();
 }
 
-/// The owner is told in a later turn, never from inside the call that brought it about.
+/// The other port goes on while it is used; a peer that does not react must not keep it for ever.
+void Connection::waitForOtherPort() {
+  _isUsed = false;
+  _lonePort.start(kLonePortSeconds);
+  if (!_lonePort.isRunning()) {
+    drain(); // There is no memory for a timer.
+  }
+}
+
+void Connection::onLonePortIdle(void *data) {
+  auto *connection = static_cast<Connection *>(data);
+  if (connection->_isUsed) {
+    connection->waitForOtherPort();
+  } else {
+    connection->drain();
+  }
+}
+
+/// Both ports have ended, or have to. What has arrived is still handed out.
+void Connection::drain() {
+  if (_state != State::Open) {
+    return;
+  }
+  _state = State::Draining;
+  _lonePort.stop();
+  for (Line &line : _lines) {
+    if (line.end == End::None) {
+      line.end = End::Peer;
+      line.input = Channel::Input::More;
+      line.channel->detach();
+    }
+  }
+  _turn.plan();
+}
+
+/// Ends both ports. The owner is told in a later turn, never from inside the call that ends them.
 void Connection::end() {
   if (_state != State::Open && _state != State::Draining) {
     return;
   }
   _state = State::Ending;
+  _lonePort.stop();
   for (Line &line : _lines) {
-    line.channel->shutdown();
+    line.channel->close();
   }
   _turn.plan();
 }
 
-int Connection::disconnect() {
-  if (_state == State::Closed) {
+int Connection::disconnect(rpc_port_port_type_e type) {
+  if (_state != State::Open && _state != State::Draining) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
-  end();
+  Line &line = _lines[type];
+  line.end = End::None;
+  endLine(line, End::Here);
   return RPC_PORT_ERROR_NONE;
 }
 
 int Connection::send(rpc_port_port_type_e type, OutgoingMessage &message) {
-  if (_state != State::Open) {
+  Line &line = _lines[type];
+  if (_state != State::Open || line.end != End::None) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
-  switch (_lines[type].channel->send(message)) {
+  _isUsed = true;
+  switch (line.channel->send(message)) {
   case SendOutcome::Taken:
     return RPC_PORT_ERROR_NONE;
   case SendOutcome::Overflow:
@@ -207,14 +282,15 @@ int Connection::send(rpc_port_port_type_e type, OutgoingMessage &message) {
     end();
     break;
   case SendOutcome::Broken:
-    peerHasGone();
+    drain();
     break;
   }
   return RPC_PORT_ERROR_IO_ERROR;
 }
 
-/// A handler may run a loop of its own, and no end of its turn plans the next for that.
+/// A handler may run a loop of its own, for which the end of its turn comes too late to plan.
 void Connection::hasTaken(Line &line) {
+  _isUsed = true;
   if (!line.isWatched) {
     return;
   }
@@ -225,15 +301,21 @@ void Connection::hasTaken(Line &line) {
   }
 }
 
-int Connection::takeParcel(rpc_port_port_type_e type, Buffer &payload) {
+int Connection::takeParcel(rpc_port_port_type_e type, std::unique_ptr<Parcel> &parcel) {
   Line &line = _lines[type];
   Inbox &inbox = line.channel->inbox();
   const auto hasFrame = [&inbox] { return !inbox.empty(); };
   if (!await(line, hasFrame) || inbox.front().kind != FrameKind::Parcel) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
-  payload = inbox.pop().payload;
+  parcel = Parcel::fromWire(inbox.front().payload);
+  (void)inbox.pop();
   hasTaken(line);
+  if (parcel == nullptr) {
+    dlog_print(DLOG_WARN, kLogTag, "a peer sends what is no parcel: it is disconnected");
+    end();
+    return RPC_PORT_ERROR_IO_ERROR;
+  }
   return RPC_PORT_ERROR_NONE;
 }
 
@@ -249,8 +331,8 @@ int Connection::readRaw(rpc_port_port_type_e type, unsigned char *bytes, std::si
 }
 
 /**
- * Receives until it is there, or cannot be. The loop's ports do not wait, they have their event;
- * a proxy's main port, where the loop does not look, waits a bounded time for the answer.
+ * Receives until the condition holds, or cannot hold any more. A port that raises events does not
+ * wait; a proxy's main port, which the loop does not watch, waits a bounded time for the reply.
  */
 template <typename Condition>
 bool Connection::await(Line &line, Condition isThere) {
@@ -259,10 +341,8 @@ bool Connection::await(Line &line, Condition isThere) {
   }
   const Deadline deadline(kReplySeconds);
   while (!isThere() && !deadline.isOver()) {
-    const bool hasEnded = line.channel->receive() == Channel::Input::Ended;
-    if (hasEnded) {
-      peerHasGone();
-    }
+    const Channel::Input input = receive(line);
+    const bool hasEnded = input == Channel::Input::Closed || input == Channel::Input::Invalid;
     if (isThere() || hasEnded || line.isWatched) {
       break;
     }

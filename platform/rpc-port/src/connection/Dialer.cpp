@@ -2,20 +2,22 @@
 #include "connection/Dialer.h"
 
 #include "common/Deadline.h"
+#include "common/Printable.h"
 #include "common/bounds.h"
 #include "common/log.h"
-#include "connection/Acceptor.h"
+#include "registry/LocalPort.h"
 #include "socket/Names.h"
 #include "wire/Hello.h"
 
 #include <algorithm>
+#include <new>
 #include <poll.h>
 #include <utility>
 
 namespace platform::rpc_port {
 
-Dialer::Dialer(Owner &owner, Peer peer)
-    : _owner(owner), _peer(std::move(peer)), _sender(ownSenderName()), _error(RPC_PORT_ERROR_NONE),
+Dialer::Dialer(Done done, Peer peer)
+    : _done(done), _peer(std::move(peer)), _sender(ownSenderName()), _error(RPC_PORT_ERROR_NONE),
       _retry(&Dialer::onRetry, this), _timeout(&Dialer::onTimeout, this),
       _outcome(&Dialer::onOutcome, this) {}
 
@@ -61,8 +63,9 @@ void Dialer::onTimeout(void *data) {
     }
   }
   if (!dialer->isDone()) {
-    dlog_print(DLOG_WARN, kLogTag, "%s/%s does not answer", dialer->_peer.application.c_str(),
-               dialer->_peer.portName.c_str());
+    dlog_print(DLOG_WARN, kLogTag, "%s/%s does not answer",
+               Printable(dialer->_peer.application).text(),
+               Printable(dialer->_peer.portName).text());
     dialer->fail(RPC_PORT_ERROR_IO_ERROR);
   }
   dialer->_outcome.plan();
@@ -70,11 +73,15 @@ void Dialer::onTimeout(void *data) {
 
 void Dialer::onOutcome(void *data) {
   const auto self = static_cast<Dialer *>(data)->shared_from_this();
-  self->_owner.dialed(*self);
+  self->_done(*self);
 }
 
-/// Opens what is not open yet of the two sockets.
-void Dialer::attempt() {
+void Dialer::attempt() try { openLines(); } catch (const std::bad_alloc &) {
+  fail(RPC_PORT_ERROR_OUT_OF_MEMORY);
+}
+
+/// Opens those of the two sockets that are not open yet.
+void Dialer::openLines() {
   for (const auto type : {RPC_PORT_PORT_MAIN, RPC_PORT_PORT_CALLBACK}) {
     if (_lines[type].channel) {
       continue;
@@ -104,8 +111,9 @@ bool Dialer::sayHello(rpc_port_port_type_e type, Descriptor socket) {
 }
 
 void Dialer::watchForWelcome() {
-  const bool isWatched = std::all_of(_lines.begin(), _lines.end(), [this](const Line &line) {
-    return line.channel->attach(*this, true);
+  const auto listener = Channel::Listener::to<&Dialer::channelReady>(*this);
+  const bool isWatched = std::all_of(_lines.begin(), _lines.end(), [listener](const Line &line) {
+    return line.channel->attach(listener, true);
   });
   if (!isWatched) {
     fail(RPC_PORT_ERROR_IO_ERROR);
@@ -120,13 +128,14 @@ void Dialer::channelReady(Channel &channel, FdWatch::Events /*events*/) {
   receive(_lines[&channel == _lines[RPC_PORT_PORT_MAIN].channel.get() ? 0 : 1]);
   if (isDone()) {
     _timeout.stop();
-    _owner.dialed(*this);
+    _done(*this);
   }
 }
 
 /// A welcome counts also when the stub has gone since: the connection then ends in its own way.
 void Dialer::receive(Line &line) {
-  const bool hasEnded = !line.isWelcomed && line.channel->receive() == Channel::Input::Ended;
+  const Channel::Input input = line.isWelcomed ? Channel::Input::Drained : line.channel->receive();
+  const bool hasEnded = input == Channel::Input::Closed || input == Channel::Input::Invalid;
   Inbox &inbox = line.channel->inbox();
   if (!line.isWelcomed && !inbox.empty()) {
     line.isWelcomed = isWelcome(inbox.pop().payload);
@@ -140,7 +149,7 @@ void Dialer::receive(Line &line) {
     _state = State::Welcomed;
   } else if (hasEnded && !line.isWelcomed) {
     dlog_print(DLOG_WARN, kLogTag, "%s/%s refuses the connection; its log says why",
-               _peer.application.c_str(), _peer.portName.c_str());
+               Printable(_peer.application).text(), Printable(_peer.portName).text());
     fail(RPC_PORT_ERROR_IO_ERROR);
   }
 }
@@ -150,7 +159,7 @@ int Dialer::wait() {
   attempt();
   while (!isDone() && !deadline.isOver()) {
     // A stub of this process waits for the loop, which waits for us.
-    const bool isOwn = Acceptor::serve(_peer.application, _peer.portName);
+    const bool isOwn = LocalPort::serve(_peer.application, _peer.portName);
     if (_state == State::Connecting) {
       (void)poll(nullptr, 0, static_cast<int>(kRetrySeconds * 1000));
       attempt();

@@ -12,33 +12,26 @@
 
 namespace platform::rpc_port {
 
-/// Makes one connection on a proxy's behalf: two sockets, a hello on each, and the stub's welcome.
-class Dialer final : public std::enable_shared_from_this<Dialer>, private Channel::Listener {
+/// Establishes one connection for a proxy: two sockets, a hello on each, and the stub's welcomes.
+class Dialer final : public std::enable_shared_from_this<Dialer> {
 public:
   enum class State {
-    Connecting, ///< The stub's backlog is full; tried again in a moment.
+    Connecting, ///< The stub's backlog is full; the next attempt follows in a moment.
     Waiting,    ///< Both hellos are sent.
-    Welcomed,   ///< Done: takeEnds() has the connection's sockets.
+    Welcomed,   ///< takeEnds() has the connection's sockets.
     Failed      ///< error() says why.
   };
 
-  /// The proxy.
-  class Owner {
-  public:
-    /// Welcomed or Failed, from the loop. May destroy the dialer.
-    virtual void dialed(Dialer &dialer) = 0;
+  /// Called by the loop, with a dialer that is Welcomed or Failed. It may destroy the dialer.
+  using Done = Callback<void(Dialer &dialer)>;
 
-  protected:
-    ~Owner() = default;
-  };
+  Dialer(Done done, Peer peer);
 
-  Dialer(Owner &owner, Peer peer);
-
-  /// Begins; the owner is told the outcome by the loop.
+  /// Begins; the outcome comes from the loop.
   void start();
-  /// Waits for the outcome, without the loop. @return An rpc_port_error_e.
+  /// Waits for the outcome without running the loop. @return An rpc_port_error_e.
   int wait();
-  /// The owner is not told any more.
+  /// Closes the sockets; no outcome follows.
   void cancel();
 
   State state() const { return _state; }
@@ -56,8 +49,9 @@ private:
   static void onRetry(void *data);
   static void onTimeout(void *data);
   static void onOutcome(void *data);
-  void channelReady(Channel &channel, FdWatch::Events events) override;
+  void channelReady(Channel &channel, FdWatch::Events events);
   void attempt();
+  void openLines();
   bool sayHello(rpc_port_port_type_e type, Descriptor socket);
   void watchForWelcome();
   void receive(Line &line);
@@ -65,7 +59,7 @@ private:
   void fail(int error);
   bool isDone() const { return _state == State::Welcomed || _state == State::Failed; }
 
-  Owner &_owner;
+  Done _done;
   Peer _peer;
   std::string _sender;
   State _state = State::Connecting;

@@ -4,6 +4,7 @@
 #include "common/log.h"
 
 #include <algorithm>
+#include <new>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
@@ -12,7 +13,7 @@ namespace platform::rpc_port {
 
 namespace {
 
-constexpr int kSweepsUntilSentAway = 2;
+constexpr int kSweepsUntilRefused = 2;
 
 /// @return The process at the other end, or nothing when it is not of this user.
 std::optional<pid_t> findPeer(int socket) {
@@ -26,20 +27,26 @@ std::optional<pid_t> findPeer(int socket) {
 
 } // namespace
 
-Lobby::Lobby(Owner &owner, double sweepSeconds)
-    : _owner(owner), _sweepSeconds(sweepSeconds), _sweep(&Lobby::onSweep, this) {}
+Lobby::Lobby(Handlers handlers, double sweepSeconds)
+    : _handlers(handlers), _sweepSeconds(sweepSeconds), _sweep(&Lobby::onSweep, this) {}
 
-void Lobby::add(Descriptor socket) {
+void Lobby::add(Descriptor socket) try {
   const std::optional<pid_t> process = findPeer(socket.get());
   if (!process) {
     dlog_print(DLOG_WARN, kLogTag, "a process of another user is refused");
     return;
   }
   if (_guests.size() == kMaxGuests) {
-    sendAway(_guests.begin(), "it has waited longest, and too many wait");
+    refuse(_guests.begin(), "it has waited longest, and too many wait");
   }
-  Guest guest{std::make_unique<Channel>(std::move(socket), FrameKind::Hello), *process, {}};
-  if (!guest.channel->attach(*this, true)) {
+  addGuest(std::move(socket), *process);
+} catch (const std::bad_alloc &) {
+  dlog_print(DLOG_ERROR, kLogTag, "a connection is refused: there is no memory for it");
+}
+
+void Lobby::addGuest(Descriptor socket, pid_t process) {
+  Guest guest{std::make_unique<Channel>(std::move(socket), FrameKind::Hello), process, {}};
+  if (!guest.channel->attach(Channel::Listener::to<&Lobby::channelReady>(*this), true)) {
     return;
   }
   _guests.push_back(std::move(guest));
@@ -76,40 +83,48 @@ Lobby::Guests::iterator Lobby::find(const Channel &channel) {
 void Lobby::channelReady(Channel &channel, FdWatch::Events events) {
   const auto self = shared_from_this();
   const auto guest = find(channel);
-  if (!guest->hello) {
-    const bool hasEnded = channel.receive() == Channel::Input::Ended;
-    if (!channel.inbox().empty()) {
-      greet(guest);
-    } else if (hasEnded) {
-      sendAway(guest, "it has said no hello");
+  if (guest->hello) {
+    if (events.hungUp) {
+      refuse(guest, "it has gone before its second socket came");
     }
     return;
   }
-  if (events.hungUp) {
-    sendAway(guest, "it has gone before its second socket came");
-  }
-}
-
-/// The first frame has come; the reader has seen to it that it is a hello.
-void Lobby::greet(Guests::iterator guest) {
-  const Frame frame = guest->channel->inbox().pop();
-  std::optional<Hello> hello = decodeHello(frame.payload);
-  if (!hello) {
-    sendAway(guest, "its hello is not of this version");
+  const Channel::Input input = channel.receive();
+  const bool hasEnded = input == Channel::Input::Closed || input == Channel::Input::Invalid;
+  if (channel.inbox().empty()) {
+    if (hasEnded) {
+      refuse(guest, "it has said no hello");
+    }
     return;
   }
-  if (const char *fault = findFault(*guest, *hello)) {
-    sendAway(guest, fault);
+  if (const char *fault = takeHello(*guest)) {
+    refuse(guest, fault);
     return;
   }
-  guest->hello = std::move(hello);
-  // Requests that are in already wait in the inbox, further ones in the socket.
-  guest->channel->setReading(false);
   findTwin(guest);
 }
 
+/// The first frame has come, and the reader has checked that it is a hello.
+/// @return nullptr when the guest may wait for its second socket, else why it is refused.
+const char *Lobby::takeHello(Guest &guest) try {
+  const Frame frame = guest.channel->inbox().pop();
+  std::optional<Hello> hello = decodeHello(frame.payload);
+  if (!hello) {
+    return "its hello is not of this version";
+  }
+  if (const char *fault = findFault(guest, *hello)) {
+    return fault;
+  }
+  guest.hello = std::move(hello);
+  // Requests that are in already wait in the inbox, further ones in the socket.
+  guest.channel->setReading(false);
+  return nullptr;
+} catch (const std::bad_alloc &) {
+  return "there is no memory for it";
+}
+
 const char *Lobby::findFault(const Guest &guest, const Hello &hello) const {
-  if (_owner.isInstanceInUse(hello.instance)) {
+  if (_handlers.isInstanceInUse(hello.instance)) {
     return "its instance is in use";
   }
   for (const Guest &other : _guests) {
@@ -133,7 +148,7 @@ void Lobby::findTwin(Guests::iterator guest) {
   if (twin == _guests.end()) {
     return;
   }
-  const Hello hello = *guest->hello;
+  const Hello hello = std::move(*guest->hello);
   ConnectionEnds ends;
   const auto place = [&ends](const Guest &one) -> std::unique_ptr<Channel> & {
     return one.hello->portType == RPC_PORT_PORT_MAIN ? ends.main : ends.callback;
@@ -142,16 +157,16 @@ void Lobby::findTwin(Guests::iterator guest) {
   place(*twin) = std::move(twin->channel);
   remove(std::max(guest, twin));
   remove(std::min(guest, twin));
-  _owner.admit(hello, std::move(ends));
+  _handlers.admit(hello, std::move(ends));
 }
 
-void Lobby::sendAway(Guests::iterator guest, const char *reason) {
+void Lobby::refuse(Guests::iterator guest, const char *reason) {
   dlog_print(DLOG_WARN, kLogTag, "a connection of process %d is refused: %s",
              static_cast<int>(guest->process), reason);
   remove(guest);
 }
 
-/// An application whose connections are made has no reason to be woken up.
+/// Stops the timer with the last guest: an idle application is not woken up.
 void Lobby::remove(Guests::iterator guest) {
   _guests.erase(guest);
   if (_guests.empty()) {
@@ -164,18 +179,18 @@ void Lobby::onSweep(void *data) {
 }
 
 /**
- * Two sweeps, because a loop that was held up finds its timers due before it has looked at the
- * sockets; between two sweeps it has looked.
+ * A guest is refused by its second sweep, not its first: a loop that was held up serves its timers
+ * before its sockets, but between two sweeps it has looked at the sockets.
  */
 void Lobby::sweep() {
   for (Guest &guest : _guests) {
     ++guest.sweeps;
   }
-  const auto isLate = [](const Guest &guest) { return guest.sweeps >= kSweepsUntilSentAway; };
+  const auto isLate = [](const Guest &guest) { return guest.sweeps >= kSweepsUntilRefused; };
   for (auto guest = std::find_if(_guests.begin(), _guests.end(), isLate); guest != _guests.end();
        guest = std::find_if(_guests.begin(), _guests.end(), isLate)) {
-    sendAway(guest, guest->hello ? "its second socket did not come in time"
-                                 : "its hello did not come in time");
+    refuse(guest, guest->hello ? "its second socket did not come in time"
+                               : "its hello did not come in time");
   }
   if (!_guests.empty()) {
     _sweep.start(_sweepSeconds);

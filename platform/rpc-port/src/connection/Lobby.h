@@ -15,29 +15,26 @@
 namespace platform::rpc_port {
 
 /**
- * @brief Where accepted sockets wait until both of a connection are in.
- * @details A guest that is of another user, says no proper hello, names an instance that is taken
- *          or stays without its twin is sent away: its socket is closed, and the log says why.
+ * @brief The accepted sockets of a stub, until both sockets of a connection have said hello.
+ * @details A guest is refused when it is of another user, sends no proper hello, names an instance
+ *          that is taken, or its second socket does not come in time: its socket is closed, and the
+ *          log says why.
  */
-class Lobby final : public std::enable_shared_from_this<Lobby>, private Channel::Listener {
+class Lobby final : public std::enable_shared_from_this<Lobby> {
 public:
-  /// The stub.
-  class Owner {
-  public:
-    virtual bool isInstanceInUse(const std::string &instance) const = 0;
+  /// The stub's part.
+  struct Handlers {
+    Callback<bool(const std::string &instance)> isInstanceInUse;
     /// Both sockets of a connection are in. May destroy the lobby.
-    virtual void admit(const Hello &hello, ConnectionEnds ends) = 0;
-
-  protected:
-    ~Owner() = default;
+    Callback<void(const Hello &hello, ConnectionEnds ends)> admit;
   };
 
-  explicit Lobby(Owner &owner, double sweepSeconds = kSweepSeconds);
+  explicit Lobby(Handlers handlers, double sweepSeconds = kSweepSeconds);
 
   void add(Descriptor socket);
   /// Looks at every guest without a hello, as the loop would.
   void receiveHellos();
-  /// Sends everybody away.
+  /// Closes all guests' sockets.
   void close();
   std::size_t size() const { return _guests.size(); }
 
@@ -52,16 +49,17 @@ private:
   using Guests = std::vector<Guest>;
 
   static void onSweep(void *data);
+  void addGuest(Descriptor socket, pid_t process);
   Guests::iterator find(const Channel &channel);
-  void channelReady(Channel &channel, FdWatch::Events events) override;
-  void greet(Guests::iterator guest);
+  void channelReady(Channel &channel, FdWatch::Events events);
+  const char *takeHello(Guest &guest);
   void findTwin(Guests::iterator guest);
   const char *findFault(const Guest &guest, const Hello &hello) const;
   void remove(Guests::iterator guest);
-  void sendAway(Guests::iterator guest, const char *reason);
+  void refuse(Guests::iterator guest, const char *reason);
   void sweep();
 
-  Owner &_owner;
+  Handlers _handlers;
   double _sweepSeconds;
   Guests _guests; // In the order of arrival.
   Timer _sweep;

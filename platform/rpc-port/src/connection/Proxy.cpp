@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "connection/Proxy.h"
 
+#include "common/log.h"
 #include "wire/Hello.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace platform::rpc_port {
@@ -18,11 +20,16 @@ void removeFrom(std::vector<std::shared_ptr<Object>> &objects, const Object &obj
 
 } // namespace
 
+std::shared_ptr<Dialer> Proxy::makeDialer(const std::string &appId, const std::string &portName) {
+  return std::make_shared<Dialer>(Callback<void(Dialer &)>::to<&Proxy::dialed>(*this),
+                                  Peer{appId, makeInstance(), portName});
+}
+
 int Proxy::connect(const std::string &appId, const std::string &portName) {
   if (!EcoreUse::isReady()) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
-  const auto dialer = std::make_shared<Dialer>(*this, Peer{appId, makeInstance(), portName});
+  const auto dialer = makeDialer(appId, portName);
   _dialers.push_back(dialer);
   dialer->start();
   return RPC_PORT_ERROR_NONE;
@@ -30,7 +37,7 @@ int Proxy::connect(const std::string &appId, const std::string &portName) {
 
 int Proxy::connectSync(const std::string &appId, const std::string &portName,
                        std::shared_ptr<Connection> &connection) {
-  const auto dialer = std::make_shared<Dialer>(*this, Peer{appId, makeInstance(), portName});
+  const auto dialer = makeDialer(appId, portName);
   const int error = dialer->wait();
   if (error != RPC_PORT_ERROR_NONE) {
     return error;
@@ -114,23 +121,29 @@ void Proxy::dialed(Dialer &dialer) {
     raiseConnected(*connection);
     return;
   }
-  const Peer peer = dialer.peer();
   dialer.cancel();
-  raise(_rejected, peer);
+  raise(_rejected, dialer.peer());
 }
 
-/// @return The connection, or nullptr when Ecore does not take its sockets.
-std::shared_ptr<Connection> Proxy::establish(Dialer &dialer) {
-  auto connection =
-      std::make_shared<Connection>(weak_from_this(), dialer.peer(), dialer.takeEnds(), false);
+/// @return The connection, or nullptr without memory, or when Ecore does not take its sockets.
+std::shared_ptr<Connection> Proxy::establish(Dialer &dialer) try {
+  auto connection = std::make_shared<Connection>(
+      ConnectionHandlers{weak_from_this(), Callback<bool()>::to<&Proxy::hasReceivers>(*this),
+                         Callback<int(Connection &, rpc_port_h)>::to<&Proxy::messageReady>(*this),
+                         Callback<void(Connection &)>::to<&Proxy::connectionEnded>(*this)},
+      dialer.peer(), dialer.takeEnds(), false);
+  _connections.push_back(connection);
   if (!connection->open()) {
+    removeFrom(_connections, *connection);
     connection->close();
     return nullptr;
   }
-  _connections.push_back(connection);
   // The stub may have called back at once; that follows in a later turn of the loop.
   connection->announceWaiting();
   return connection;
+} catch (const std::bad_alloc &) {
+  dlog_print(DLOG_ERROR, kLogTag, "a connection is given up: there is no memory for it");
+  return nullptr;
 }
 
 } // namespace platform::rpc_port

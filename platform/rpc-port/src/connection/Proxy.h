@@ -14,10 +14,8 @@
 
 namespace platform::rpc_port {
 
-/// What an rpc_port_proxy_h stands for: it connects, as often as it is told, to any ports.
-class Proxy final : public std::enable_shared_from_this<Proxy>,
-                    public ConnectionOwner,
-                    public Dialer::Owner {
+/// The object behind an rpc_port_proxy_h: owns any number of connections, to any ports.
+class Proxy final : public std::enable_shared_from_this<Proxy> {
 public:
   /// The outcome comes as an event. @return An rpc_port_error_e.
   int connect(const std::string &appId, const std::string &portName);
@@ -25,7 +23,7 @@ public:
   int connectSync(const std::string &appId, const std::string &portName,
                   std::shared_ptr<Connection> &connection);
   void raiseConnected(const Connection &connection);
-  /// Ends everything; no event follows. Its own handlers may call it.
+  /// Ends the connections and the attempts to connect; no event follows. A handler may call it.
   void destroy();
 
   /// @return The newest connection's port, or nullptr when there is none.
@@ -37,10 +35,11 @@ public:
   void addReceived(rpc_port_proxy_received_event_cb callback, void *userData);
 
 private:
-  bool hasReceivers() const override { return !_received.empty(); }
-  int messageReady(Connection &connection, rpc_port_h port) override;
-  void connectionEnded(Connection &connection) override;
-  void dialed(Dialer &dialer) override;
+  bool hasReceivers() const { return !_received.empty(); }
+  int messageReady(Connection &connection, rpc_port_h port);
+  void connectionEnded(Connection &connection);
+  std::shared_ptr<Dialer> makeDialer(const std::string &appId, const std::string &portName);
+  void dialed(Dialer &dialer);
   std::shared_ptr<Connection> establish(Dialer &dialer);
   template <typename Callback>
   void raise(const EventHandlers<Callback> &handlers, const Peer &peer);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "connection/Stub.h"
 
+#include "common/Printable.h"
 #include "common/log.h"
-#include "common/printable.h"
 #include "socket/Names.h"
 
 #include <new>
@@ -25,14 +25,16 @@ bool Stub::listen() try {
   const std::string appId = ownAppId();
   if (const std::string fault = findFault(appId); !fault.empty()) {
     dlog_print(DLOG_ERROR, kLogTag, "port %s cannot be listened on: %s",
-               printable(_portName).c_str(), fault.c_str());
+               Printable(_portName).text(), fault.c_str());
     return false;
   }
   std::unique_ptr<ListeningSocket> socket = ListeningSocket::open(appId, _portName);
   if (!socket) {
     return false;
   }
-  auto lobby = std::make_shared<Lobby>(*this);
+  auto lobby = std::make_shared<Lobby>(
+      Lobby::Handlers{Callback<bool(const std::string &)>::to<&Stub::isInstanceInUse>(*this),
+                      Callback<void(const Hello &, ConnectionEnds)>::to<&Stub::admit>(*this)});
   auto acceptor = std::make_unique<Acceptor>(std::move(socket), *lobby);
   if (!acceptor->start()) {
     return false;
@@ -57,7 +59,8 @@ std::string Stub::findFault(const std::string &appId) const {
     return "this process has no app id; set AUL_APPID";
   }
   if (!isAppId(appId)) {
-    return "the app id \"" + printable(appId) + "\" is no file name; set AUL_APPID";
+    return std::string("the app id \"") + Printable(appId).text()
+           + "\" is no file name; set AUL_APPID";
   }
   return {};
 }
@@ -123,17 +126,35 @@ bool Stub::isInstanceInUse(const std::string &instance) const {
 
 void Stub::admit(const Hello &hello, ConnectionEnds ends) {
   const auto self = shared_from_this();
-  const bool isSent = welcome(*ends.main) && welcome(*ends.callback);
-  const auto connection = std::make_shared<Connection>(
-      self, Peer{hello.sender, hello.instance, _portName}, std::move(ends), true);
-  if (!connection->open() || !isSent) {
-    connection->close();
+  const auto connection = establish(hello, std::move(ends));
+  if (connection == nullptr) {
     return;
   }
-  _connections.emplace(hello.instance, connection);
-  // Requests may have come before this socket's twin; they follow in a later turn of the loop.
+  // Requests that came before the second socket follow in a later turn of the loop.
   connection->announceWaiting();
   raise(_connected, *connection);
+}
+
+/// @return The connection, or nullptr; the peer then sees its sockets closed.
+std::shared_ptr<Connection> Stub::establish(const Hello &hello, ConnectionEnds ends) try {
+  if (!welcome(*ends.main) || !welcome(*ends.callback)) {
+    return nullptr;
+  }
+  auto connection = std::make_shared<Connection>(
+      ConnectionHandlers{weak_from_this(), Callback<bool()>::to<&Stub::hasReceivers>(*this),
+                         Callback<int(Connection &, rpc_port_h)>::to<&Stub::messageReady>(*this),
+                         Callback<void(Connection &)>::to<&Stub::connectionEnded>(*this)},
+      Peer{hello.sender, hello.instance, _portName}, std::move(ends), true);
+  _connections.emplace(hello.instance, connection);
+  if (connection->open()) {
+    return connection;
+  }
+  _connections.erase(hello.instance);
+  connection->close();
+  return nullptr;
+} catch (const std::bad_alloc &) {
+  dlog_print(DLOG_ERROR, kLogTag, "a connection is refused: there is no memory for it");
+  return nullptr;
 }
 
 } // namespace platform::rpc_port

@@ -17,16 +17,14 @@
 
 namespace platform::rpc_port {
 
-/// What an rpc_port_stub_h stands for: it listens, and has the connections that came of it.
-class Stub final : public std::enable_shared_from_this<Stub>,
-                   public ConnectionOwner,
-                   public Lobby::Owner {
+/// The object behind an rpc_port_stub_h: listens, and owns the connections that were accepted.
+class Stub final : public std::enable_shared_from_this<Stub> {
 public:
   explicit Stub(std::string portName) : _portName(std::move(portName)) {}
 
   /// @return Success; the log says what went wrong.
   bool listen();
-  /// Ends everything; no event follows. Its own handlers may call it.
+  /// Stops listening and ends the connections; no event follows. A handler may call it.
   void destroy();
 
   /// @return The port, or nullptr when there is no such connection.
@@ -38,11 +36,12 @@ public:
 
 private:
   std::string findFault(const std::string &appId) const;
-  bool hasReceivers() const override { return !_received.empty(); }
-  int messageReady(Connection &connection, rpc_port_h port) override;
-  void connectionEnded(Connection &connection) override;
-  bool isInstanceInUse(const std::string &instance) const override;
-  void admit(const Hello &hello, ConnectionEnds ends) override;
+  bool hasReceivers() const { return !_received.empty(); }
+  int messageReady(Connection &connection, rpc_port_h port);
+  void connectionEnded(Connection &connection);
+  bool isInstanceInUse(const std::string &instance) const;
+  void admit(const Hello &hello, ConnectionEnds ends);
+  std::shared_ptr<Connection> establish(const Hello &hello, ConnectionEnds ends);
   template <typename Callback>
   void raise(const EventHandlers<Callback> &handlers, const Connection &connection);
 

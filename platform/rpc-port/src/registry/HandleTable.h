@@ -22,8 +22,9 @@ enum class HandleKind : std::uintptr_t { Port = 1, Stub = 2, Proxy = 3 };
 template <typename Object, HandleKind Kind>
 class HandleTable {
 public:
+  /// @throw std::bad_alloc
   void *add(Object object) {
-    const std::size_t index = freeSlot();
+    const std::size_t index = takeFreeSlot();
     _slots[index].object = std::move(object);
     _slots[index].used = true;
     return toHandle(index, _slots[index].generation);
@@ -38,7 +39,8 @@ public:
     return toHandle(index, _slots[index].generation) == handle ? &_slots[index].object : nullptr;
   }
 
-  /// Forgets the handle for good, and returns its object.
+  /// Makes the handle stale for good, and returns its object. Allocates nothing: connections end
+  /// also without memory.
   Object remove(void *handle) {
     if (!find(handle)) {
       return Object();
@@ -46,15 +48,19 @@ public:
     Slot &slot = _slots[indexOf(handle)];
     slot.used = false;
     slot.generation = (slot.generation + 1) & kHalfMask;
-    _free.push_back(indexOf(handle));
+    slot.nextFree = _firstFree;
+    _firstFree = indexOf(handle);
     return std::exchange(slot.object, Object());
   }
 
 private:
+  static constexpr std::size_t kNone = ~std::size_t{0};
+
   struct Slot {
     Object object;
     std::uintptr_t generation = 1;
     bool used = false;
+    std::size_t nextFree = kNone;
   };
 
   static constexpr unsigned kHalfBits = sizeof(std::uintptr_t) * CHAR_BIT / 2;
@@ -72,18 +78,18 @@ private:
     return (reinterpret_cast<std::uintptr_t>(handle) & kHalfMask) >> kKindBits;
   }
 
-  std::size_t freeSlot() {
-    if (_free.empty()) {
+  std::size_t takeFreeSlot() {
+    if (_firstFree == kNone) {
       _slots.emplace_back();
       return _slots.size() - 1;
     }
-    const std::size_t index = _free.back();
-    _free.pop_back();
+    const std::size_t index = _firstFree;
+    _firstFree = _slots[index].nextFree;
     return index;
   }
 
   std::vector<Slot> _slots;
-  std::vector<std::size_t> _free;
+  std::size_t _firstFree = kNone;
 };
 
 } // namespace platform::rpc_port

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/PortSocket.h"
 
+#include "common/Printable.h"
 #include "common/log.h"
-#include "common/printable.h"
 #include "socket/RuntimeDirectory.h"
 
 #include <cerrno>
@@ -57,7 +57,7 @@ bool lock(int directory) {
 }
 
 int logFailureOf(const std::string &appId, const std::string &port, const char *what, int number) {
-  dlog_print(DLOG_ERROR, kLogTag, "%s/%s %s: %s", printable(appId).c_str(), printable(port).c_str(),
+  dlog_print(DLOG_ERROR, kLogTag, "%s/%s %s: %s", Printable(appId).text(), Printable(port).text(),
              what, std::strerror(number));
   return RPC_PORT_ERROR_IO_ERROR;
 }

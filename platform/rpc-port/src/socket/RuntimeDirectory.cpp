@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "socket/RuntimeDirectory.h"
 
+#include "common/Printable.h"
 #include "common/log.h"
-#include "common/printable.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -51,7 +51,7 @@ const char *findRemedy(const std::string &path, int number) {
 Step failedToOpen(const std::string &path, DirectoryUse use, int number) {
   // To a proxy, a missing directory only says that the application does not run.
   if (number != ENOENT || use == DirectoryUse::Listen) {
-    dlog_print(DLOG_ERROR, kLogTag, "%s cannot be opened (%s): %s", printable(path).c_str(),
+    dlog_print(DLOG_ERROR, kLogTag, "%s cannot be opened (%s): %s", Printable(path).text(),
                std::strerror(number), findRemedy(path, number));
   }
   return failed(path, toError(number));
@@ -77,7 +77,7 @@ Step check(Step step, mode_t forbidden) {
   if (fault == nullptr) {
     return step;
   }
-  dlog_print(DLOG_ERROR, kLogTag, "%s %s", printable(step.path).c_str(), fault);
+  dlog_print(DLOG_ERROR, kLogTag, "%s %s", Printable(step.path).text(), fault);
   return failed(step.path, RPC_PORT_ERROR_PERMISSION_DENIED);
 }
 

@@ -19,27 +19,34 @@ Parcel::Parcel() {
   (void)clock_gettime(CLOCK_MONOTONIC_RAW, &_header.timestamp);
 }
 
-std::unique_ptr<Parcel> Parcel::fromWire(Buffer payload) {
-  std::unique_ptr<Parcel> parcel(new Parcel(std::move(payload)));
-  return parcel->decodeHeader() ? std::move(parcel) : nullptr;
+std::unique_ptr<Parcel> Parcel::fromWire(Buffer &payload) {
+  std::unique_ptr<Parcel> parcel(new Parcel(Received()));
+  if (!parcel->decodeHeader(payload)) {
+    return nullptr;
+  }
+  parcel->_bytes = std::move(payload);
+  return parcel;
 }
 
-bool Parcel::decodeHeader() {
+bool Parcel::decodeHeader(const Buffer &payload) {
   WireHeader wire{};
-  if (!read(&wire) || wire.tagSize > kMaxTag || wire.tagSize > left() || wire.nanoseconds < 0
+  if (payload.size() < sizeof wire) {
+    return false;
+  }
+  std::memcpy(&wire, payload.data(), sizeof wire);
+  if (wire.tagSize > kMaxTag || wire.tagSize > payload.size() - sizeof wire || wire.nanoseconds < 0
       || wire.nanoseconds >= kNanosecondsPerSecond) {
     return false;
   }
-  const auto *tag = reinterpret_cast<const char *>(_bytes.data() + _position);
-  if (std::memchr(tag, '\0', wire.tagSize)) {
+  const auto *tag = reinterpret_cast<const char *>(payload.data()) + sizeof wire;
+  if (std::memchr(tag, '\0', wire.tagSize) != nullptr) {
     return false;
   }
   _header.tag.assign(tag, wire.tagSize);
   _header.sequenceNumber = wire.sequenceNumber;
   _header.timestamp.tv_sec = static_cast<time_t>(wire.seconds);
   _header.timestamp.tv_nsec = static_cast<long>(wire.nanoseconds);
-  _position += wire.tagSize;
-  _begin = _position;
+  _begin = _position = sizeof wire + wire.tagSize;
   return true;
 }
 

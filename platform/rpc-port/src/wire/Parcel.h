@@ -39,8 +39,12 @@ public:
   /// An empty parcel, with the time of its creation.
   Parcel();
 
-  /// @return A parcel of what has travelled, or nullptr when the header is malformed.
-  static std::unique_ptr<Parcel> fromWire(Buffer payload);
+  /**
+   * @brief Makes a parcel of a received payload, which it takes over.
+   * @return The parcel, or nullptr when the header is malformed.
+   * @throw std::bad_alloc, and the payload is as it was.
+   */
+  static std::unique_ptr<Parcel> fromWire(Buffer &payload);
 
   ParcelHeader &header() { return _header; }
   WireHeader wireHeader() const;
@@ -72,8 +76,11 @@ public:
   const Buffer &raw();
 
 private:
-  explicit Parcel(Buffer payload) : _bytes(std::move(payload)) {}
-  bool decodeHeader();
+  /// Marks a parcel that is received, so that its time is the sender's.
+  struct Received {};
+
+  explicit Parcel(Received /*tag*/) {}
+  bool decodeHeader(const Buffer &payload);
   std::size_t fieldsSize() const { return _bytes.size() - _begin; }
   std::size_t left() const { return _bytes.size() - _position; }
   const unsigned char *peekSized(std::size_t &size) const;

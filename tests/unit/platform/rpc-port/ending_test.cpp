@@ -3,7 +3,7 @@
 #include "support/Program.h"
 #include "support/RawSocket.h"
 
-#include <filesystem>
+#include <Ecore.h>
 #include <gmock/gmock.h>
 
 namespace rpc_test {
@@ -208,6 +208,148 @@ TEST_F(AnEnd, LeavesNothingOpen) {
   ASSERT_TRUE(runUntil([&] { return stub.ended.size() == 1 && other.endings == 1; }));
 
   EXPECT_EQ(countDescriptors(), before);
+}
+
+/// One of the four handles of a connection's two ports.
+struct PortOfASide {
+  const char *name;
+  rpc_port_h (*find)(const StubEnd &stub, const ProxyEnd &proxy);
+  bool isMain;
+};
+
+void PrintTo(const PortOfASide &row, std::ostream *out) {
+  *out << row.name;
+}
+
+class TheEndOfOnePort : public AnEnd, public testing::WithParamInterface<PortOfASide> {
+protected:
+  rpc_port_h port() const { return GetParam().find(stub, proxy); }
+  /// Sends on the other port, in the direction in which messages are announced.
+  int sendOnTheOther(const std::string &text) const {
+    return GetParam().isMain ? sendText(stub.port(RPC_PORT_PORT_CALLBACK), text)
+                             : sendText(proxy.port(RPC_PORT_PORT_MAIN), text);
+  }
+  const std::vector<std::string> &receivedOnTheOther() const {
+    return GetParam().isMain ? proxy.texts : stub.texts;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(, TheEndOfOnePort,
+                         testing::Values(PortOfASide{"StubMain",
+                                                     [](const StubEnd &stub, const ProxyEnd &) {
+                                                       return stub.port(RPC_PORT_PORT_MAIN);
+                                                     },
+                                                     true},
+                                         PortOfASide{"StubCallback",
+                                                     [](const StubEnd &stub, const ProxyEnd &) {
+                                                       return stub.port(RPC_PORT_PORT_CALLBACK);
+                                                     },
+                                                     false},
+                                         PortOfASide{"ProxyMain",
+                                                     [](const StubEnd &, const ProxyEnd &proxy) {
+                                                       return proxy.port(RPC_PORT_PORT_MAIN);
+                                                     },
+                                                     true},
+                                         PortOfASide{"ProxyCallback",
+                                                     [](const StubEnd &, const ProxyEnd &proxy) {
+                                                       return proxy.port(RPC_PORT_PORT_CALLBACK);
+                                                     },
+                                                     false}),
+                         [](const auto &test) { return test.param.name; });
+
+TEST_P(TheEndOfOnePort, LeavesTheOtherPortWorking) {
+  ASSERT_EQ(rpc_port_disconnect(port()), RPC_PORT_ERROR_NONE);
+  settle();
+  EXPECT_THAT(stub.ended, IsEmpty());
+  EXPECT_EQ(proxy.endings, 0);
+
+  EXPECT_EQ(sendOnTheOther("still there"), RPC_PORT_ERROR_NONE);
+
+  EXPECT_TRUE(runUntil([this] { return !receivedOnTheOther().empty(); }));
+  EXPECT_THAT(receivedOnTheOther(), ElementsAre("still there"));
+}
+
+TEST_P(TheEndOfOnePort, IsTheEndOfItsHandle) {
+  const rpc_port_h ended = port();
+
+  rpc_port_disconnect(ended);
+
+  EXPECT_EQ(sendText(ended, "late"), RPC_PORT_ERROR_IO_ERROR);
+  EXPECT_EQ(takeText(ended), "error -5");
+  EXPECT_EQ(rpc_port_disconnect(ended), RPC_PORT_ERROR_IO_ERROR);
+  EXPECT_EQ(port(), nullptr);
+}
+
+TEST_P(TheEndOfOnePort, IsToldToBothSidesWhenTheOtherOneIsNotUsed) {
+  rpc_port_disconnect(port());
+
+  EXPECT_TRUE(bothAreTold());
+}
+
+TEST_P(TheEndOfOnePort, IsToldAfterWhatTravelsOnTheOther) {
+  stub.onDisconnected = [this] { stub.texts.emplace_back("end"); };
+  proxy.onDisconnected = [this] { proxy.texts.emplace_back("end"); };
+
+  rpc_port_disconnect(port());
+  sendOnTheOther("message");
+
+  EXPECT_TRUE(bothAreTold());
+  EXPECT_THAT(receivedOnTheOther(), ElementsAre("message", "end"));
+}
+
+TEST_P(TheEndOfOnePort, LeavesNothingToEndButTheOther) {
+  rpc_port_disconnect(port());
+
+  rpc_port_disconnect(GetParam().isMain ? stub.port(RPC_PORT_PORT_CALLBACK)
+                                        : stub.port(RPC_PORT_PORT_MAIN));
+
+  EXPECT_TRUE(bothAreTold());
+}
+
+TEST_F(AnEnd, OfOnePortLetsTheConnectedHandlerSendOnTheOther) {
+  std::vector<std::string> events;
+  stub.onReceived = [&](rpc_port_h port) {
+    events.push_back(takeText(port));
+    return 0;
+  };
+  stub.onDisconnected = [&] { events.emplace_back("end"); };
+  ProxyEnd other;
+  other.onConnected = [&] {
+    rpc_port_disconnect(other.port(RPC_PORT_PORT_CALLBACK));
+    sendText(other.port(RPC_PORT_PORT_MAIN), "message");
+  };
+
+  other.connect();
+
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1 && other.endings == 1; }));
+  EXPECT_THAT(events, ElementsAre("message", "end"));
+}
+
+TEST_F(AnEnd, OfOnePortLastsAsLongAsTheOtherIsUsed) {
+  rpc_port_disconnect(stub.port(RPC_PORT_PORT_CALLBACK));
+  const double enough = ecore_time_get() + 1.3;
+
+  while (ecore_time_get() < enough) {
+    const std::size_t before = stub.texts.size();
+    ASSERT_EQ(sendText(proxy.port(RPC_PORT_PORT_MAIN), "more"), RPC_PORT_ERROR_NONE);
+    ASSERT_TRUE(runUntil([&] { return stub.texts.size() > before; }));
+  }
+
+  EXPECT_THAT(stub.ended, IsEmpty());
+}
+
+TEST_F(AnEnd, OfOnePortDoesNotWaitForAPeerThatNeverReacts) {
+  const auto main = RawSocket::connectTo(socketPath(kPort));
+  const auto callback = RawSocket::connectTo(socketPath(kPort));
+  main->send(frame(kHello, hello(0, "i", "org.example.raw")));
+  callback->send(frame(kHello, hello(1, "i", "org.example.raw")));
+  ASSERT_TRUE(runUntil([&] { return stub.instances.size() == 2; }));
+
+  rpc_port_disconnect(stub.port(RPC_PORT_PORT_CALLBACK, 1));
+
+  EXPECT_TRUE(runUntil([&] { return stub.ended.size() == 1; }));
+  main->receive();
+  EXPECT_TRUE(main->hasEnded());
 }
 
 class TheDeathOf : public Runtime {};

@@ -21,7 +21,7 @@ using testing::ElementsAre;
 
 constexpr double kQuickSweep = 0.02;
 
-class ALobby : public rpc_test::Runtime, public Lobby::Owner {
+class ALobby : public rpc_test::Runtime {
 protected:
   /// A socket whose other end has just been accepted.
   std::unique_ptr<RawSocket> visitor() {
@@ -31,12 +31,13 @@ protected:
     return std::make_unique<RawSocket>(sockets[0]);
   }
 
-  bool isInstanceInUse(const std::string & /*instance*/) const override { return false; }
-  void admit(const Hello &one, ConnectionEnds /*ends*/) override {
-    admitted.push_back(one.instance);
-  }
+  bool isInstanceInUse(const std::string & /*instance*/) const { return false; }
+  void admit(const Hello &one, ConnectionEnds /*ends*/) { admitted.push_back(one.instance); }
 
-  std::shared_ptr<Lobby> lobby = std::make_shared<Lobby>(*this, kQuickSweep);
+  std::shared_ptr<Lobby> lobby = std::make_shared<Lobby>(
+      Lobby::Handlers{Callback<bool(const std::string &)>::to<&ALobby::isInstanceInUse>(*this),
+                      Callback<void(const Hello &, ConnectionEnds)>::to<&ALobby::admit>(*this)},
+      kQuickSweep);
   std::vector<std::string> admitted;
 };
 
