@@ -39,8 +39,10 @@ std::atomic<std::uint64_t> lost{0};
 std::atomic_flag sending = ATOMIC_FLAG_INIT;
 Connection connection;
 std::uint64_t nextConnect = 0;
-std::uint64_t serial = 0;
+// The number of the next event; a hello has the number 0.
+std::uint64_t serial = 1;
 std::array<unsigned char, Ring::kLongestRecord> popped;
+std::array<char, kLongestLine> greeting;
 // What was formatted and not sent yet.
 std::array<char, 2 * kLongestLine> waiting;
 std::size_t waitingFrom = 0;
@@ -62,21 +64,28 @@ std::uint64_t realTime() {
          + static_cast<std::uint64_t>(time.tv_nsec);
 }
 
-void greet() {
+// Whether the reader got it: a new connection has room for a line.
+bool greet() {
   std::array<char, 1024> program{};
   const ssize_t length = readlink("/proc/self/exe", program.data(), program.size() - 1);
   Record hello(EventKind::Hello);
   hello.number(Field::Version, kFormatVersion)
       .number(Field::Pid, getpid())
       .text(Field::App, std::getenv("AUL_APPID"))
-      .text(Field::Program, std::string_view(program.data(), length > 0 ? length : 0))
+      .text(Field::Program,
+            std::string_view(program.data(), length > 0 ? static_cast<std::size_t>(length) : 0))
       .number(Field::RealTime, static_cast<std::int64_t>(realTime()));
-  waitingFrom = 0;
-  waitingTo = 0;
-  format(hello.data(), hello.size());
+  const std::size_t size = formatRecord(hello.data(), hello.size(), 0, greeting.data());
+  return connection.send(greeting.data(), size) == size;
 }
 
-// A line that was sent in part is lost with its connection; the numbers show that.
+// Of a line that was sent in part, the rest is of no use on another connection.
+void skipBegunLine() {
+  while (waitingFrom > 0 && waitingFrom < waitingTo && waiting[waitingFrom - 1] != '\n') {
+    ++waitingFrom;
+  }
+}
+
 bool connectIfDue() {
   if (connection.isOpen()) {
     return true;
@@ -88,8 +97,11 @@ bool connectIfDue() {
   if (!connection.open(socketPath.data())) {
     return false;
   }
-  greet();
-  return true;
+  skipBegunLine();
+  if (!greet()) {
+    connection.close();
+  }
+  return connection.isOpen();
 }
 
 // Whether all that waits was sent.
@@ -165,7 +177,7 @@ void resetInChild() {
   ring.reset();
   sending.clear();
   lost = 0;
-  serial = 0;
+  serial = 1;
   waitingFrom = 0;
   waitingTo = 0;
   nextConnect = 0;

@@ -2,17 +2,22 @@
 //
 // An application that makes one mistake, the one that its argument names. Apart from that it
 // answers the state and the action "act".
+#include <dlog.h>
 #include <norix.h>
 #include <service_app.h>
 
 #include <Ecore.h>
 
+#include <cstdlib>
+#include <fcntl.h>
 #include <functional>
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -38,6 +43,55 @@ void crash() {
   volatile int *nowhere = nullptr;
   *nowhere = 1;
 }
+
+// The numbers that a library may have taken for itself.
+constexpr int kFirstOther = 100;
+constexpr int kLastOther = 400;
+
+void closeDescriptors() {
+  for (int descriptor = kFirstOther; descriptor < kLastOther; ++descriptor) {
+    close(descriptor);
+  }
+}
+
+void openFileInTheirPlace() {
+  const int file = open(argument.c_str(), O_WRONLY | O_CREAT, 0600);
+  for (int descriptor = kFirstOther; descriptor < kLastOther; ++descriptor) {
+    dup2(file, descriptor);
+  }
+}
+
+void forkChild() {
+  const pid_t child = fork();
+  if (child == 0) {
+    exit(0);
+  }
+  waitpid(child, nullptr, 0);
+}
+
+void logFromThreads() {
+  constexpr int kThreads = 8;
+  constexpr int kLines = 500;
+  std::vector<std::thread> threads;
+  for (int number = 0; number < kThreads; ++number) {
+    threads.emplace_back([number] {
+      for (int line = 0; line < kLines; ++line) {
+        dlog_print(DLOG_INFO, "THREADS", "thread %d line %d", number, line);
+      }
+    });
+  }
+  for (std::thread &thread : threads) {
+    thread.join();
+  }
+}
+
+const std::map<std::string, std::function<void()>> kUnusualThings = {
+    {"forks", forkChild},
+    {"runs-a-program", [] { (void)!std::system("exit 0"); }},
+    {"closes-descriptors", closeDescriptors},
+    {"replaces-descriptors", openFileInTheirPlace},
+    {"logs-from-threads", logFromThreads},
+};
 
 const std::map<std::string, ActionCallback> kActionMistakes = {
     {"never-answers", [](void *, bundle *) {}},
@@ -98,9 +152,13 @@ void act(void *handle, bundle *params, void * /*user_data*/) {
   const auto found = kActionMistakes.find(mistake);
   if (found != kActionMistakes.end()) {
     found->second(handle, params);
-  } else {
-    answer(handle);
+    return;
   }
+  const auto unusual = kUnusualThings.find(mistake);
+  if (unusual != kUnusualThings.end()) {
+    unusual->second();
+  }
+  answer(handle);
 }
 
 Eina_Bool registerAction(void * /*data*/) {

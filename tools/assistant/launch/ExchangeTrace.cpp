@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/launch/ExchangeTrace.h"
+
+#include "assistant/trace/Timeline.h"
+#include "assistant/trace/logTexts.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace norix::assistant::launch {
+namespace {
+
+using trace::Event;
+using trace::LogKind;
+
+// The probe sends in pieces, some 20 ms apart.
+constexpr std::uint64_t kLongestDelay = 400000000;
+constexpr int kPause = 50;
+
+// Whether the library has done with a request: answered, or failed it.
+bool endsRequest(const Event &event) {
+  if (event.name == "callback-left" || event.name == "exit" || event.name == "signal") {
+    return true;
+  }
+  const LogKind kind = event.name == "log" ? trace::meaningOf(event).kind : LogKind::Other;
+  return kind == LogKind::NotRegistered || kind == LogKind::TimedOut
+         || kind == LogKind::NotPermitted;
+}
+
+} // namespace
+
+ExchangeTrace::ExchangeTrace(const std::string &appId) : _watch(Watch::open(appId)) {}
+
+void ExchangeTrace::note(const std::string &says) {
+  _events.push_back(trace::makeEvent("assistant", {{"says", says}}));
+}
+
+std::vector<Event> ExchangeTrace::finish(std::uint64_t requestId) {
+  if (_watch) {
+    readUntilAnswered(std::to_string(requestId));
+  }
+  std::stable_sort(_events.begin(), _events.end(),
+                   [](const Event &a, const Event &b) { return a.time < b.time; });
+  return std::move(_events);
+}
+
+void ExchangeTrace::readUntilAnswered(const std::string &requestId) {
+  const std::uint64_t begin = _events.empty() ? 0 : _events.front().time;
+  const std::uint64_t end = trace::monotonicNow() + kLongestDelay;
+  bool isReceived = false;
+  bool isAnswered = false;
+  while (!isAnswered && !_watch->hasEnded() && trace::monotonicNow() < end) {
+    for (Event &event : _watch->read(kPause)) {
+      isReceived = isReceived || event.text("requestId") == requestId;
+      isAnswered = isAnswered || (isReceived && endsRequest(event));
+      // What came before is not this exchange's; launch's own greeting says nothing of it.
+      if (event.time >= begin && event.name != "launched") {
+        _events.push_back(std::move(event));
+      }
+    }
+  }
+}
+
+std::vector<std::string> toLines(const std::vector<Event> &events) {
+  trace::Timeline timeline;
+  if (!events.empty()) {
+    timeline.setStart(events.front().time);
+  }
+  std::vector<std::string> lines;
+  for (const Event &event : events) {
+    if (const auto line = timeline.line(event)) {
+      lines.push_back(*line);
+    }
+  }
+  return lines;
+}
+
+} // namespace norix::assistant::launch
