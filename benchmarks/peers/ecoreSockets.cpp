@@ -99,13 +99,13 @@ private:
   Samples::Clock::time_point _start;
 };
 
-/** Kept from one answer to the next: the quickest that memory can be. */
+/** Kept from one answer to the next, so that its memory is warm. */
 std::string bundleValue;
 
 /**
- * What a request has to do besides, whoever wrote the library: see to its timeout and to who may
- * ask, take the answer over as a text, and copy it into a bundle. Both take a C text, whose length
- * has to be found.
+ * What every request needs in any library: a timeout, a look for the allow list, a copy of the
+ * answer as a text, and one in a bundle. Both copies are made from a C text, whose length has to be
+ * found.
  */
 const std::string &doDuties(const std::string &answer) {
   constexpr double kTimeout = 30.0;
@@ -116,8 +116,10 @@ const std::string &doDuties(const std::string &answer) {
     close(list);
   }
   ecore_timer_del(timer);
-  const std::string text(answer.c_str());
-  bundleValue.assign(text.c_str());
+  const char *const given = answer.c_str();
+  const std::string text(given);
+  const char *const taken = text.c_str();
+  bundleValue.assign(taken);
   return bundleValue;
 }
 

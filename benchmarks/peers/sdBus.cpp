@@ -56,10 +56,9 @@ Bus joinPeer(int socket, bool isServer) {
   Bus bus = newBus();
   require(sd_bus_set_fd(bus.get(), socket, socket), "the socket");
   if (isServer) {
-    require(sd_bus_set_server(
-                bus.get(), 1,
-                SD_ID128_MAKE(6e, 6f, 72, 69, 78, 2d, 62, 65, 6e, 63, 68, 6d, 61, 72, 6b, 73)),
-            "being the server");
+    const sd_id128_t serverId = {
+        {'n', 'o', 'r', 'i', 'x', '-', 'b', 'e', 'n', 'c', 'h', 'm', 'a', 'r', 'k', 's'}};
+    require(sd_bus_set_server(bus.get(), 1, serverId), "being the server");
   }
   require(sd_bus_start(bus.get()), "the connection");
   return bus;
