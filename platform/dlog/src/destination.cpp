@@ -18,9 +18,9 @@ namespace {
 
 constexpr mode_t kFileMode = 0644;
 
-// Keeps the signals of a failed write from the application: SIGPIPE of a broken pipe, SIGXFSZ of a
-// file that may grow no further. While this lives they are blocked in this thread, and swallow()
-// takes away the one that was raised. One that was pending before stays pending.
+// Suppresses the signals of a failed write: SIGPIPE of a broken pipe, SIGXFSZ of a file at its size
+// limit. During its lifetime they are blocked in this thread, and swallow() consumes the one that
+// the write raised. A signal that was pending before stays pending.
 class SignalGuard {
 public:
   SignalGuard() {
@@ -68,7 +68,7 @@ bool isWorthRetrying(int descriptor, int patienceMs) {
   return poll(&room, 1, patienceMs) > 0;
 }
 
-// 0, or the error that kept it from writing all.
+// Returns 0, or the error number if not all was written.
 int writeWhole(int descriptor, std::string_view bytes, int patienceMs) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
@@ -91,13 +91,13 @@ int writeGuarded(int descriptor, std::string_view bytes, int patienceMs) {
   } else if (error == EFBIG) {
     guard.swallow(SIGXFSZ);
   } else if (error == EBADF) {
-    occupyStandardStreams(); // the application closed it; whatever it opens next is no log
+    occupyStandardStreams(); // the next descriptor of the application must not become the log
   }
   return error;
 }
 
-// Opens the file for appending. Not blocking: a pipe by that name without a reader is refused
-// instead of stopping the application.
+// Opens the file for appending. Non-blocking: a named pipe without a reader is an error instead of
+// blocking the application.
 int openLog(const char *path) {
   return aboveStandardStreams(
       open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kFileMode));

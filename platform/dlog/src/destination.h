@@ -22,7 +22,7 @@ public:
 
 private:
   int _descriptor;
-  /// Nobody reads the other end of what does not block: its lines are not waited for any more.
+  /// The last line found a full pipe that nobody reads: the next one does not wait.
   mutable std::atomic<bool> _isStalled{false};
   std::string _complaint;
 };

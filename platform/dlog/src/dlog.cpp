@@ -20,8 +20,8 @@ using platform::dlog::Line;
 
 namespace {
 
-// When the library is loaded, before the application opens anything that would get the number of
-// standard error if that is closed.
+// Runs when the library is loaded, before the application opens a descriptor. If standard error is
+// closed, that descriptor would get its number.
 [[gnu::constructor]] void protectStandardStreams() {
   platform::occupyStandardStreams();
 }
@@ -34,7 +34,7 @@ struct Log {
   Destination destination;
 };
 
-// Room for a log that nobody destroys: constructors and destructors of static objects log, too.
+// Storage of the log, which is never destroyed: destructors of static objects log, too.
 union LogRoom {
   constexpr LogRoom() : empty(0) {}
   LogRoom(const LogRoom &) = delete;
@@ -45,10 +45,10 @@ union LogRoom {
   Log log;
 };
 
-// In static memory rather than behind a pointer: a dropped line gets at it for nothing.
+// Static memory instead of a pointer: saves a dropped line one load.
 LogRoom room;
 
-// Every line from this priority on has to go the whole way: all lines until there is a log.
+// Lines below this priority may be dropped by the fast path: none before the log is open.
 std::atomic<int> quickHighest{INT_MIN};
 
 void complain(const Log &log) {
@@ -65,7 +65,7 @@ void complain(const Log &log) {
   platform::dlog::writeToStandardError(text);
 }
 
-// Restores errno, which a log line in front of an error check must not disturb.
+// Restores errno: a log line may precede the check of an error.
 class ErrnoKeeper {
 public:
   ErrnoKeeper() = default;
@@ -83,7 +83,7 @@ const char *orEmpty(const char *text) {
   return text != nullptr ? text : "";
 }
 
-// secure_getenv: a program that runs with more rights than its caller opens no file for him.
+// secure_getenv: a set-user-id program must not open files that its caller names.
 const Log *openLog() {
   const ErrnoKeeper keeper;
   const auto *log = new (&room.log) Log(secure_getenv("DLOG_FILTER"), secure_getenv("DLOG_FILE"));
@@ -92,7 +92,7 @@ const Log *openLog() {
   return log;
 }
 
-// The process's log, made by its first line; null as long as there is no memory for it.
+// The log of the process, opened by its first line; null without memory.
 const Log *theLog() noexcept {
   try {
     static const Log *const log = openLog();
@@ -106,7 +106,8 @@ bool isLoggable(log_priority prio) {
   return prio >= DLOG_VERBOSE && prio <= DLOG_FATAL;
 }
 
-// Whether the filter is known to drop this line. Inline, and all that such a line costs.
+// The fast path: whether the filter drops this line. Inline, because it is all that such a line
+// costs.
 inline bool isDropped(log_priority prio, const char *tag, const char *fmt) {
   return prio < quickHighest.load(std::memory_order_acquire) && fmt != nullptr && tag != nullptr
          && room.log.filter.drops(prio, tag);
@@ -118,7 +119,7 @@ int writeLine(const Log &log, log_priority prio, const char *tag, const char *fm
 int writeLine(const Log &log, log_priority prio, const char *tag, const char *fmt, va_list ap) {
   const ErrnoKeeper keeper;
   Line line(prio, tag);
-  keeper.restore(); // %m shows the caller's
+  keeper.restore(); // for %m
   if (!line.format(fmt, ap)) {
     return DLOG_ERROR_INVALID_PARAMETER;
   }

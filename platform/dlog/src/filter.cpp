@@ -33,7 +33,7 @@ Filter::Filter(std::string_view expression) {
 }
 
 bool Filter::addWord(std::string_view word) {
-  const auto colon = word.rfind(':'); // the last one: a tag may hold colons of its own
+  const auto colon = word.rfind(':'); // the last one: a tag may contain colons
   if (colon == std::string_view::npos) {
     setRule(word, DLOG_VERBOSE);
     return true;

@@ -17,7 +17,7 @@ Line::Line(int priority, const char *tag) {
   clock_gettime(CLOCK_REALTIME, &now);
   localtime_r(&now.tv_sec, &local);
 
-  char header[kMaxTag + 64]; // the rest of the header has some 40 bytes
+  char header[kMaxTag + 64]; // the other parts have some 40 bytes
   const int size = std::snprintf(
       header, sizeof header, "%02d-%02d %02d:%02d:%02d.%03ld %c/%-8.*s(%5d): ", local.tm_mon + 1,
       local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, now.tv_nsec / 1000000,
@@ -27,7 +27,8 @@ Line::Line(int priority, const char *tag) {
 }
 
 bool Line::format(const char *fmt, va_list ap) {
-  const std::size_t room = kMaxLine - _headerSize; // the NUL's place becomes the newline's
+  const std::size_t room =
+      kMaxLine - _headerSize; // with a byte for the NUL, which the newline replaces
   const int wanted = std::vsnprintf(_bytes + _headerSize, room, fmt, ap);
   if (wanted < 0) {
     return false;
@@ -74,14 +75,14 @@ void Line::addVisible(std::string_view text) {
       shown = escape;
     }
     if (shown.size() >= kMaxLine - _size) {
-      return; // the last byte is the newline's
+      return; // the last byte is for the newline
     }
     add(shown);
     text.remove_prefix(std::max(length, std::size_t{1}));
   }
 }
 
-// Lines after the first repeat the header, which for the first one is where it belongs already.
+// memmove: the header of the first line is copied onto itself.
 void Line::add(std::string_view part) {
   std::memmove(_bytes + _size, part.data(), part.size());
   _size += part.size();

@@ -6,13 +6,13 @@
 namespace platform::dlog {
 namespace {
 
-// What the lead byte of a character says about those that follow it.
+// A range of lead bytes, with the length of the character and the range of its second byte.
 struct Lead {
   unsigned char first;
   unsigned char last;
   std::size_t length;
-  // The second byte. Its range excludes overlong forms, surrogates, what is beyond U+10FFFF, and
-  // the control characters U+0080 to U+009F, which some terminals obey.
+  // These exclude overlong forms, surrogates, code points beyond U+10FFFF, and the control
+  // characters U+0080 to U+009F, which some terminals obey.
   unsigned char least;
   unsigned char greatest;
 };

@@ -7,9 +7,8 @@
 
 namespace platform::dlog {
 
-/// The number of bytes of the character that a text begins with, if a terminal displays it and does
-/// nothing else: a tab, or a character of UTF-8 that is no control character. 0 for any other byte.
-/// The text must not be empty.
+/// The length in bytes of the first character of a text, if it is a tab or a UTF-8 character other
+/// than a control character; otherwise 0. The text must not be empty.
 std::size_t visibleLength(std::string_view text);
 
 /// Whether all of a text is printable ASCII, as most are.
