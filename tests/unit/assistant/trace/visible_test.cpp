@@ -47,7 +47,9 @@ TEST_P(Text, IsCheckedForUtf8) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, Text,
-                         testing::Values(Bytes{"", true}, Bytes{"plain text, longer than a word", true}, Bytes{"plain text\xff and more", false},
+                         testing::Values(Bytes{"", true},
+                                         Bytes{"plain text, longer than a word", true},
+                                         Bytes{"plain text\xff and more", false},
                                          Bytes{"\xc3\xa9", true}, Bytes{"\xf4\x8f\xbf\xbf", true},
                                          Bytes{"\xc0\xaf", false}, Bytes{"\xe0\x80\xaf", false},
                                          Bytes{"\xed\xa0\x80", false},
