@@ -11,6 +11,7 @@
 #include <rpc-port.h>
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -20,6 +21,11 @@ namespace {
 constexpr const char *kSender = "com.valtren.tizen.norix";
 constexpr const char *kInstance = "1234-1-0123456789abcdef";
 constexpr const char *kAppId = "org.example.null";
+// The keys of a request, as its sender writes them.
+constexpr const char *kActionId = "actionId";
+constexpr const char *kActionType = "actionType";
+constexpr const char *kActionParams = "actionParams";
+constexpr const char *kRequestId = "requestId";
 // The message ids of the interface "message".
 constexpr int kSetCb = 2;
 constexpr int kSend = 4;
@@ -34,12 +40,14 @@ struct Entry {
 struct Timer {
   Ecore_Task_Cb function = nullptr;
   const void *data = nullptr;
+  double interval = 0;
 };
 
 std::uint64_t requestId = 0;
 const char *requestedAction = nullptr;
 int methodId = 0;
 unsigned long parcels = 0;
+std::atomic<unsigned long> questionsForTheId{0};
 Timer timer;
 // What handles point at.
 char object = 0;
@@ -78,9 +86,19 @@ void fireTimer() {
   due.function(const_cast<void *>(due.data));
 }
 
+double timerInterval() {
+  return timer.interval;
+}
+
 unsigned long sentParcels() {
   return parcels;
 }
+
+unsigned long idsAsked() {
+  return questionsForTheId;
+}
+
+void (*whileIdIsAsked)() = nullptr;
 
 } // namespace benchmarks::null_platform
 
@@ -106,7 +124,7 @@ int bundle_add_byte(bundle * /*b*/, const char * /*key*/, const void * /*byte*/,
 }
 
 int bundle_get_str(bundle * /*b*/, const char *key, char **str) {
-  *str = const_cast<char *>(key == ACTION_ID ? requestedAction : "");
+  *str = const_cast<char *>(std::strcmp(key, kActionId) == 0 ? requestedAction : "");
   return BUNDLE_ERROR_NONE;
 }
 
@@ -117,10 +135,10 @@ int bundle_get_byte(bundle * /*b*/, const char * /*key*/, void **byte, size_t * 
 
 void bundle_foreach(bundle * /*b*/, bundle_iterator_t iterator, void *userData) {
   const std::array<Entry, 4> entries = {{
-      {ACTION_ID, BUNDLE_TYPE_STR, requestedAction, std::strlen(requestedAction) + 1},
-      {ACTION_TYPE, BUNDLE_TYPE_STR, "", 1},
-      {ACTION_PARAMS, BUNDLE_TYPE_STR, "", 1},
-      {REQUEST_ID, BUNDLE_TYPE_BYTE, &requestId, sizeof requestId},
+      {kActionId, BUNDLE_TYPE_STR, requestedAction, std::strlen(requestedAction) + 1},
+      {kActionType, BUNDLE_TYPE_STR, "", 1},
+      {kActionParams, BUNDLE_TYPE_STR, "", 1},
+      {kRequestId, BUNDLE_TYPE_BYTE, &requestId, sizeof requestId},
   }};
   for (const Entry &entry : entries) {
     iterator(entry.key, entry.type, reinterpret_cast<const bundle_keyval_t *>(&entry), userData);
@@ -146,6 +164,10 @@ int dlog_print(log_priority /*prio*/, const char * /*tag*/, const char * /*fmt*/
 }
 
 int app_get_id(char **id) {
+  ++questionsForTheId;
+  if (benchmarks::null_platform::whileIdIsAsked != nullptr) {
+    benchmarks::null_platform::whileIdIsAsked();
+  }
   const std::size_t size = std::strlen(kAppId) + 1;
   *id = static_cast<char *>(std::malloc(size));
   std::memcpy(*id, kAppId, size);
@@ -256,8 +278,8 @@ int rpc_port_parcel_read_bundle(rpc_port_parcel_h /*h*/, bundle **b) {
   return RPC_PORT_ERROR_NONE;
 }
 
-Ecore_Timer *ecore_timer_add(double /*in*/, Ecore_Task_Cb function, const void *data) {
-  timer = {function, data};
+Ecore_Timer *ecore_timer_add(double in, Ecore_Task_Cb function, const void *data) {
+  timer = {function, data, in};
   return reinterpret_cast<Ecore_Timer *>(&timer);
 }
 

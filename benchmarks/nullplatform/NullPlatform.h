@@ -16,8 +16,14 @@ void connect();
 void request(const char *actionId);
 /** @brief The time of the timer that was added last has come. */
 void fireTimer();
+/** @brief The interval of the timer that was added last, in seconds. */
+double timerInterval();
 /** @brief How many parcels the library has sent. */
 unsigned long sentParcels();
+/** @brief How often the library has asked for the application's id. */
+unsigned long idsAsked();
+/** @brief Runs inside each question for the application's id; null for nothing. */
+extern void (*whileIdIsAsked)();
 
 } // namespace benchmarks::null_platform
 
