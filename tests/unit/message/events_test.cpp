@@ -142,6 +142,19 @@ TEST_F(AConnection, MayEndInTheMiddleOfItsRequest) {
                                          "OnTerminate instance-1", "destroyed instance-1"}));
 }
 
+TEST_F(AConnection, HasItsServiceUntilTheParcelsOfItsRequestAreDestroyed) {
+  assistant.connects();
+  recorded.onSend = [this] { assistant.disconnects(); };
+  bool isServiceAlive = false;
+  inside("rpc_port_parcel_destroy(parcel 2)",
+         [&] { isServiceAlive = recorded.events.back() != "destroyed instance-1"; });
+
+  assistant.sends({});
+
+  EXPECT_TRUE(isServiceAlive);
+  EXPECT_EQ(recorded.events.back(), "destroyed instance-1");
+}
+
 TEST_F(AConnection, GivesEverythingBackWhenItsServiceThrows) {
   assistant.connects();
   recorded.onSend = [] { throw std::runtime_error("the service's"); };

@@ -69,6 +69,18 @@ TEST_F(AStub, ReplacesItsFactory) {
   EXPECT_THAT(recorded.events, TextsAre({"factory destroyed"}));
 }
 
+TEST_F(AStub, MakesItsServicesWithTheLatestFactory) {
+  Recorded ofTheSecond;
+  makesStub();
+  listens();
+  library([&] { stub->Listen(std::make_shared<RecordingService::Factory>(ofTheSecond)); });
+
+  assistant.connects();
+
+  EXPECT_EQ(ofTheSecond.events.front(), "create com.valtren.tizen.norix instance-1");
+  destroysStub();
+}
+
 TEST_F(AStub, KeepsItsFactoryWhenItCannotListen) {
   makesStub();
   platform().faults.fail("rpc_port_stub_listen", 1, -5);
