@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What takes the place of closed standard streams.
+#include "support/inChild.h"
+
 #include <standardStreams.h>
 
 #include <gtest/gtest.h>
@@ -9,7 +11,6 @@
 #include <fcntl.h>
 #include <functional>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -20,24 +21,19 @@ bool isOpen(int descriptor) {
   return fcntl(descriptor, F_GETFD) >= 0;
 }
 
-/// Whether reading from and writing to a descriptor fail as for a closed one.
+// Whether reading from and writing to a descriptor fail as for a closed one.
 bool isNeitherReadNorWritten(int descriptor) {
   char byte = 'x';
   return read(descriptor, &byte, 1) < 0 && errno == EBADF && write(descriptor, &byte, 1) < 0
          && errno == EBADF;
 }
 
-/// Whether a condition holds in a child process, which may close what it likes.
+// Whether a condition holds in a child process, which may close what it likes.
 bool holdsInChild(const std::function<bool()> &condition) {
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(condition() ? 0 : 1);
-  }
-  int status = -1;
-  return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  return support::inChild([&condition] { return condition() ? 0 : 1; }).status == 0;
 }
 
-/// Bit n of the parameter says that descriptor n is closed.
+// Bit n of the parameter says that descriptor n is closed.
 class StandardStreams : public testing::TestWithParam<int> {
 protected:
   static bool isClosed(int stream) { return (GetParam() >> stream & 1) != 0; }

@@ -17,7 +17,7 @@ void PrintTo(const Adder &row, std::ostream *out) {
   *out << row.name;
 }
 
-/// What holds for all four functions that add a key.
+// The four functions that add a key.
 class AddingAKey : public testing::TestWithParam<Adder> {};
 
 INSTANTIATE_TEST_SUITE_P(

@@ -67,7 +67,7 @@ TEST(AnArrayOfBytes, HasEmptySlotsAtFirst) {
   EXPECT_EQ(std::vector<unsigned int>(sizes, sizes + 3), std::vector<unsigned int>(3, 0));
 }
 
-/// A bundle with an array of bytes of two slots, "key", and a text, "text".
+// A bundle with an array of bytes of two slots, "key", and a text, "text".
 class AnElement : public testing::Test {
 protected:
   AnElement() {

@@ -17,13 +17,13 @@ std::string encoded(bundle *b) {
   return text;
 }
 
-/// Decodes from a block of exactly that size: memory checkers see any byte read beyond.
+// Decodes from a block of exactly that size: memory checkers see any byte read beyond.
 BundlePtr decode(const std::string &bytes) {
   const Bytes block(bytes.begin(), bytes.end());
   return BundlePtr(bundle_decode(block.data(), static_cast<int>(block.size())));
 }
 
-/// The text of bytes as bundle_encode() would make it, whatever the bytes are.
+// Encodes any bytes as bundle_encode() encodes a wire form.
 std::string encodedBytes(const Bytes &bytes) {
   std::uint64_t sum = 0xcbf29ce484222325U;
   std::string text;
@@ -37,7 +37,7 @@ std::string encodedBytes(const Bytes &bytes) {
   return digits + text;
 }
 
-/// The text of a bundle with one value of each type.
+// The text of a bundle with one value of each type.
 class Decoding : public testing::Test {
 protected:
   Decoding() {

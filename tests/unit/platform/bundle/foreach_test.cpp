@@ -18,12 +18,12 @@ void forEach(bundle *b, Visit visit) {
   bundle_foreach(b, visitWith, &visit);
 }
 
-/// A bundle with one value of each type.
+// A bundle with one value of each type.
 class ForEach : public testing::Test {
 protected:
   ForEach() { addOneOfEach(_b.get()); }
 
-  /// Calls with the value of one key.
+  // Calls a function with the value of one key.
   void withValue(const std::string &wanted, const std::function<void(bundle_keyval_t *)> &use) {
     int uses = 0;
     forEach(_b.get(), [&](const char *key, int, bundle_keyval_t *kv) {

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// What a getter is asked for: a bundle that has one value of each type, or none at all.
+// The arguments of a getter: a bundle with one value of each type, or null, and a key.
 struct Asked {
   const char *name;
   bool withBundle;
@@ -21,7 +21,7 @@ std::string nameOf(const testing::TestParamInfo<Asked> &info) {
   return info.param.name;
 }
 
-/// A bundle with one value of each type, whose getters' outputs hold something.
+// A bundle with one value of each type, and outputs that are not null.
 class GetterTest : public testing::TestWithParam<Asked> {
 protected:
   GetterTest() { addOneOfEach(_b.get()); }
@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(Of, GettingNoParts,
                                          kText, kBytes, kTexts),
                          nameOf);
 
-/// A bundle with one value of each type.
+// A bundle with one value of each type.
 class ABundle : public testing::Test {
 protected:
   ABundle() { addOneOfEach(_b.get()); }

@@ -17,7 +17,7 @@ BundlePtr bundleOf(int count) {
   return b;
 }
 
-/// Sizes from empty on, around the bounds between the ways in which keys are kept.
+// Numbers of keys, around those at which a bundle changes how it stores them.
 class AGrowingBundle : public testing::TestWithParam<int> {};
 
 INSTANTIATE_TEST_SUITE_P(OfKeys, AGrowingBundle,
@@ -83,7 +83,7 @@ TEST_P(AGrowingBundle, CanShrinkToNothingAndGrowAgain) {
   EXPECT_EQ(bundle_get_count(b.get()), GetParam());
 }
 
-/// Values of every size around that of the memory inside a bundle.
+// Sizes around that of the room inside a bundle.
 TEST(AValue, OfAnySizeIsKept) {
   for (std::size_t size = 1; size < 1200; ++size) {
     const BundlePtr b = makeBundle();

@@ -108,7 +108,7 @@ TEST(ACopy, NeedsABundle) {
   EXPECT_EQ(get_last_result(), BUNDLE_ERROR_INVALID_PARAMETER);
 }
 
-/// A bundle with the keys a, b and c.
+// A bundle with the keys a, b and c.
 class Deleting : public testing::Test {
 protected:
   Deleting() {

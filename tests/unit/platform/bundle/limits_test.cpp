@@ -17,7 +17,7 @@ std::string keyOf(int i) {
   return "key" + std::to_string(i);
 }
 
-/// A bundle with as many keys as one holds.
+// A bundle with as many keys as one holds.
 class AFullBundle : public testing::Test {
 protected:
   AFullBundle() {

@@ -25,14 +25,14 @@ Eight padded(const std::string &value) {
   return bytes;
 }
 
-/// Leaves something else than zero in the memory that the next bundle gets.
+// Fills the memory of the next bundle with something other than zeros.
 void soilMemory() {
   const BundlePtr b = makeBundle();
   const std::string text(480, 'x');
   bundle_add_str(b.get(), "key", text.c_str());
 }
 
-/// The values of 1 to 16 bytes.
+// The values of 1 to 16 bytes.
 class AValueOf : public testing::TestWithParam<std::size_t> {
 protected:
   AValueOf() { soilMemory(); }

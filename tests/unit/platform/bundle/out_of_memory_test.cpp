@@ -12,10 +12,10 @@ namespace {
 
 constexpr int kNever = -1;
 
-/// How many more blocks there are.
+// The number of blocks that can still be allocated.
 int blocksLeft = kNever;
 
-/// There is memory for so many blocks as long as this lives.
+// Limits the memory to a number of blocks during its lifetime.
 class MemoryFor {
 public:
   explicit MemoryFor(int blocks) { blocksLeft = blocks; }
@@ -61,7 +61,7 @@ namespace {
 
 const std::string kLong(2000, 'x');
 
-/// Calls with memory for 0, 1, 2… blocks until the call succeeds; how often it did not.
+// Calls with memory for 0, 1, 2… blocks until the call succeeds. Returns how often it failed.
 int failuresOf(const std::function<int()> &call) {
   for (int blocks = 0;; ++blocks) {
     int result = BUNDLE_ERROR_NONE;
@@ -79,7 +79,7 @@ int failuresOf(const std::function<int()> &call) {
   }
 }
 
-/// A bundle with more keys than it finds without an index, or one fewer.
+// A bundle of large values.
 BundlePtr bundleOf(int count) {
   BundlePtr b = makeBundle();
   for (int i = 0; i < count; ++i) {

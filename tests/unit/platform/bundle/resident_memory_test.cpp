@@ -20,7 +20,7 @@ long residentBytes() {
   return resident * sysconf(_SC_PAGESIZE);
 }
 
-/// As many small values as a bundle has keys, 32 MiB in all.
+// The most keys with small values, 32 MiB in all.
 Bytes manyValues() {
   Wire wire;
   wire.number(platform::bundles::kMaxKeys);
@@ -30,7 +30,7 @@ Bytes manyValues() {
   return wire.bytes();
 }
 
-/// As many small elements as a bundle has slots, 25 MiB in all.
+// The most slots with small elements, 25 MiB in all.
 Bytes manyElements() {
   Wire wire;
   wire.number(1).entry(0x102, "key", platform::bundles::kMaxSlots);

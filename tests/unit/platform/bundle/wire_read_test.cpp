@@ -88,7 +88,7 @@ TEST(ReadingAWireForm, RefusesTrailingBytes) {
   EXPECT_EQ(readWire(bytes), nullptr);
 }
 
-/// One bundle has one wire form: whatever is read is written as the same bytes.
+// Each bundle has one wire form: what is read is written as the same bytes.
 TEST(ReadingAWireForm, RefusesAnyChangedByteOrGivesWhatHasThatWireForm) {
   const BundlePtr b = makeBundle();
   addOneOfEach(b.get());

@@ -84,7 +84,7 @@ TEST(TheWireForm, IsTheSameHoweverTheBundleCameAbout) {
   EXPECT_EQ(wireOf(b.get()), wireOf(other.get()));
 }
 
-/// A bundle with one value of each type, and a block that is larger than its wire form.
+// A bundle with one value of each type, and a block that is larger than its wire form.
 class WritingWithin : public testing::Test {
 protected:
   WritingWithin() { addOneOfEach(_b.get()); }

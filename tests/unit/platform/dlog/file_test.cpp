@@ -18,7 +18,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// The descriptor under which this process has a file open, or -1.
+// The descriptor under which this process has a file open, or -1.
 int descriptorOf(const std::string &path) {
   struct stat wanted {};
   struct stat open {};

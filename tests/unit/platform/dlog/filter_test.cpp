@@ -11,7 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 
-/// The letters of the priorities whose lines with this tag pass, in ascending order.
+// The letters of the priorities whose lines with this tag pass, in ascending order.
 std::string lettersThatPass(const std::string &filter, const char *tag) {
   const Outcome outcome = inChild({{"DLOG_FILTER", filter}}, [tag] {
     for (int priority = DLOG_VERBOSE; priority <= DLOG_FATAL; ++priority) {

@@ -19,7 +19,7 @@ using testing::MatchesRegex;
 
 constexpr std::size_t kMaxLine = 4096;
 
-/// The one write with which a child logs this.
+// The one write that a child process logs.
 std::string logged(const std::function<void()> &log) {
   const Outcome outcome = inChild({}, [&log] {
     log();
@@ -30,7 +30,7 @@ std::string logged(const std::function<void()> &log) {
   return outcome.err;
 }
 
-/// Not time(): its clock may be a tick behind, which shows once in some hundred seconds.
+// Not time(), whose clock may be a tick behind.
 time_t secondNow() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -311,7 +311,16 @@ TEST(TheResult, CountsTheBytesOfEscapes) {
   EXPECT_EQ(static_cast<std::size_t>(outcome.status), outcome.err.size());
 }
 
-/// Texts of lengths around the bound, and far beyond it.
+// A piece of text repeated until it has a size.
+std::string repeated(const char *piece, std::size_t size) {
+  std::string text;
+  while (text.size() < size) {
+    text += piece;
+  }
+  return text;
+}
+
+// Texts of lengths around the limit, and far beyond it.
 class ALongText : public testing::TestWithParam<std::size_t> {};
 
 INSTANTIATE_TEST_SUITE_P(OfBytes, ALongText,
@@ -328,26 +337,15 @@ TEST_P(ALongText, IsCutAtTheBound) {
 }
 
 TEST_P(ALongText, OfLinesIsCutAtTheBound) {
-  std::string text;
-  while (text.size() < GetParam()) {
-    text += "0123456789012345678901234567890123456789\n";
+  for (const char *line : {"\n", "0123456789012345678901234567890123456789\n"}) {
+    const std::string text = repeated(line, GetParam());
+
+    const std::string lines = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
+
+    EXPECT_LE(lines.size(), kMaxLine);
+    EXPECT_GT(lines.size(), kMaxLine - 100);
+    EXPECT_EQ(lines.back(), '\n');
   }
-
-  const std::string lines = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
-
-  EXPECT_LE(lines.size(), kMaxLine);
-  EXPECT_GT(lines.size(), kMaxLine - 100);
-  EXPECT_EQ(lines.back(), '\n');
-}
-
-TEST_P(ALongText, OfNewlinesIsCutAtTheBound) {
-  const std::string text(GetParam(), '\n');
-
-  const std::string lines = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
-
-  EXPECT_LE(lines.size(), kMaxLine);
-  EXPECT_GT(lines.size(), kMaxLine - 100);
-  EXPECT_EQ(lines.back(), '\n');
 }
 
 TEST_P(ALongText, OfEscapesIsCutBetweenThem) {
@@ -362,10 +360,7 @@ TEST_P(ALongText, OfEscapesIsCutBetweenThem) {
 }
 
 TEST_P(ALongText, OfLongCharactersIsCutBetweenThem) {
-  std::string text;
-  while (text.size() < GetParam()) {
-    text += "\xed\x95\x9c";
-  }
+  const std::string text = repeated("\xed\x95\x9c", GetParam());
 
   const std::string line = logged([&] { dlog_print(DLOG_ERROR, "TAG", "%s", text.c_str()); });
 

@@ -50,7 +50,7 @@ TEST(Threads, LogEachLineOnceAndWhole) {
   EXPECT_EQ(lines, expected);
 }
 
-/// Bit n of the parameter says that the program is started without descriptor n.
+// Bit n of the parameter says that the program is started without descriptor n.
 class AProgram : public testing::TestWithParam<int> {};
 
 INSTANTIATE_TEST_SUITE_P(WithoutStandardStreams, AProgram, testing::Range(0, 8));

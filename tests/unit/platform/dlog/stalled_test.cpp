@@ -31,12 +31,12 @@ extern "C" int poll(pollfd *descriptors, nfds_t count, int milliseconds) {
 
 namespace {
 
-/// A named pipe that is open for reading and read by nobody.
+// A named pipe that is open for reading and read by nobody.
 class AnUnreadPipe : public testing::Test {
 protected:
   AnUnreadPipe() { EXPECT_EQ(mkfifo(_path.c_str(), 0600), 0); }
 
-  /// Runs in a child whose log goes into the pipe.
+  // Runs in a child whose log goes into the pipe.
   int statusOf(const std::function<int(int reader)> &function) const {
     return inChild({{"DLOG_FILE", _path}},
                    [&] {

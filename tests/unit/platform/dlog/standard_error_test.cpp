@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Makes standard error a pipe; the end to read from.
+// Makes standard error a pipe. Returns the end to read from.
 int makeStandardErrorAPipe() {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {
@@ -28,7 +28,7 @@ void makeStandardErrorABrokenPipe() {
   close(makeStandardErrorAPipe());
 }
 
-/// Fills a pipe that does not block, until not one more byte fits.
+// Fills standard error, a pipe, completely, without blocking.
 void fillStandardError() {
   fcntl(STDERR_FILENO, F_SETFL, fcntl(STDERR_FILENO, F_GETFL) | O_NONBLOCK);
   const std::string bytes(4096, '.');

@@ -72,7 +72,7 @@ inline void expectOneOfEach(bundle *b) {
   EXPECT_EQ(sizes[0], 0U);
 }
 
-/// Expects a result of a call, and that it is the last result, too.
+/// Expects that a call returned a result, and set it as the last result.
 inline void expectResult(int result, int expected) {
   EXPECT_EQ(result, expected);
   EXPECT_EQ(get_last_result(), expected);

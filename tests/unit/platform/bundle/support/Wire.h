@@ -14,7 +14,7 @@
 
 using Bytes = std::vector<unsigned char>;
 
-/// Puts a wire form together piece by piece, also one that no bundle has.
+/// Builds a wire form piece by piece, valid or not.
 class Wire {
 public:
   Wire &number(std::uint32_t value) {
@@ -29,7 +29,7 @@ public:
     return *this;
   }
 
-  /// The numbers in front of an entry, and its key with the NUL.
+  /// The header of an entry, and its key with the NUL.
   Wire &entry(std::uint32_t type, const std::string &key, std::uint32_t size) {
     const std::string keyBytes(key.c_str(), key.size() + 1);
     return number(type)
