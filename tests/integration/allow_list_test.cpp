@@ -9,10 +9,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::Failure;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 constexpr const char *kSender = "com.valtren.tizen.norix";
 
 class AllowListTest : public IntegrationTest {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Somebody sets the clock, by hours, forward and back: no wait is shorter or longer for it.
+// The wall clock jumps by hours, forward and back: all waits keep their length.
 #include "integration/harness/AssistantCommand.h"
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/TestApplication.h"
@@ -11,11 +11,6 @@
 
 namespace integration {
 namespace {
-
-using norix::assistant::actionRequest;
-using norix::assistant::Answer;
-using norix::assistant::Request;
-using norix::assistant::Session;
 
 constexpr double kLongerThanTheLibrary = 45.0;
 

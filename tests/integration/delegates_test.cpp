@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The delegate through which an assistant is answered.
+// The delegate through which an assistant receives answers.
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/Named.h"
 #include "integration/harness/TestApplication.h"
@@ -11,13 +11,6 @@
 
 namespace integration {
 namespace {
-
-using norix::assistant::actionRequest;
-using norix::assistant::Answer;
-using norix::assistant::Delegate;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
 
 class ADelegate : public IntegrationTest {};
 

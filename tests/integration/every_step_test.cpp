@@ -15,10 +15,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Failure;
-using norix::assistant::Session;
-
 // Longer than what the sockets hold: half of it waits in the application.
 const std::string kLongAnswer(std::size_t{1} << 20, 'x');
 

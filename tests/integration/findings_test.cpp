@@ -14,10 +14,6 @@ namespace integration {
 namespace {
 
 using nlohmann::json;
-using norix::assistant::actionRequest;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
 using support::Process;
 using testing::Contains;
 using testing::HasSubstr;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Applications that have children: a child is no other side of anything.
+// Applications that fork: connections and ports stay with the parent.
 #include "integration/harness/Failures.h"
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/Named.h"
@@ -10,10 +10,6 @@
 
 namespace integration {
 namespace {
-
-using norix::assistant::Failure;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
 
 class AChild : public IntegrationTest {
 protected:

@@ -9,9 +9,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::Failure;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
 using testing::HasSubstr;
 
 constexpr const char *kHostileId = "org.example.hostile";

@@ -9,11 +9,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 // Within the time for which a request waits for its callback.
 constexpr double kSoonEnough = 0.05;
 

@@ -10,11 +10,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Failure;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 class ANewApplication : public IntegrationTest {};
 class AnInitialisedApplication : public IntegrationTest {};
 class ADeinitialisedApplication : public IntegrationTest {};

@@ -12,11 +12,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Failure;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 class AKilledAssistant : public IntegrationTest {
 protected:
   // Has an assistant killed while the application has its request.

@@ -17,9 +17,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
 using norix::assistant::launch::acceptFrom;
 using norix::assistant::launch::Descriptor;
 using norix::assistant::launch::listenAt;

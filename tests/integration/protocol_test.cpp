@@ -15,12 +15,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Failure;
-using norix::assistant::Parcel;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 using MessageId = Named<int>;
 
 class AnUnknownMessage : public IntegrationTest, public testing::WithParamInterface<MessageId> {};

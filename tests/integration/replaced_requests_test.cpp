@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// One request is in progress at a time: what becomes of the others and of their answers. That an
-// answer was not sent shows in which answer comes next.
+// One request is in progress at a time: the fate of replaced requests and of their answers. That an
+// answer was not sent is shown by the answer that comes next.
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/TestApplication.h"
 
@@ -11,12 +11,6 @@
 
 namespace integration {
 namespace {
-
-using norix::assistant::actionRequest;
-using norix::assistant::Answer;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
 
 class AReplacedRequest : public IntegrationTest {};
 class ASecondAnswer : public IntegrationTest {};

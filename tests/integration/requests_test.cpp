@@ -9,12 +9,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::BundlePtr;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 class AnActionRequest : public IntegrationTest {};
 class ARequest : public IntegrationTest {};
 class ARequestHandle : public IntegrationTest {};

@@ -9,13 +9,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Answer;
-using norix::assistant::BundlePtr;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 class AnActionResponse : public IntegrationTest {};
 class AStateResponse : public IntegrationTest {};
 class AResponse : public IntegrationTest {};

@@ -10,12 +10,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Answer;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 constexpr double kLongerThanTheLibrary = 45.0;
 
 class ATimedOutAction : public IntegrationTest {};

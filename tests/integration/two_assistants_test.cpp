@@ -9,12 +9,6 @@
 namespace integration {
 namespace {
 
-using norix::assistant::actionRequest;
-using norix::assistant::Delegate;
-using norix::assistant::Request;
-using norix::assistant::Session;
-using norix::assistant::stateRequest;
-
 class TwoAssistants : public IntegrationTest {
 protected:
   Session connectAs(const std::string &senderId, const TestApplication &application,

@@ -27,7 +27,7 @@ void runCycle() {
           "the state is " + answer.response.text());
 }
 
-// Both sides, and what lies in the runtime folder.
+// The resources of both sides, and the files of the runtime folder.
 struct Rest {
   Footprint application;
   Footprint assistant;

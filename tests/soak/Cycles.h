@@ -6,9 +6,9 @@
 
 namespace soak {
 
-// Connects to an application, has it answer, and disconnects, so many times. Both sides have to be
-// afterwards what they were after the first of the cycles. Returns the line with the figures, and
-// throws what does not hold.
+// Connects to an application, asks it once and disconnects, this many times. Afterwards both sides
+// must have the descriptors, memory and files that they had after the warm-up. Returns the line of
+// figures; throws what does not hold.
 std::string runCycles(unsigned long cycles, const std::string &logs);
 
 } // namespace soak

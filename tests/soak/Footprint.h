@@ -8,7 +8,7 @@
 
 namespace soak {
 
-// What a process holds.
+// The resources that a process holds.
 struct Footprint {
   long descriptors = 0;
   long memoryKiB = 0; // Memory of its own that is in use, files and shared pages not counted.

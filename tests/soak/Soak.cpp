@@ -22,15 +22,15 @@ constexpr const char *kMusic = "org.example.music";
 constexpr int kAssistantsEach = 3;
 constexpr int kTickMilliseconds = 10;
 
-// Part of the run, to fill caches and pools before anything is measured.
+// The share of the run that fills caches and pools before anything is measured.
 constexpr int kWarmUpShare = 4;
 constexpr std::chrono::seconds kLongestWarmUp{60};
 
-// A stranger who has not introduced itself is sent away after 5 seconds at the latest.
+// A peer without a complete hello is disconnected after 5 seconds.
 constexpr std::chrono::seconds kLongestWelcome{6};
 
-// What the library leaves behind on purpose grows with strangers whose requests ask for unknown
-// actions, or that are gone before their answer (docs/behaviour.md, "Memory").
+// The library's deliberate leaks grow with hostile peers that request unknown actions or disconnect
+// before their answer (docs/behaviour.md, "Memory").
 constexpr long kToleranceKiB = 512;
 constexpr unsigned long kStrangersPerKiB = 50;
 
@@ -100,7 +100,7 @@ void Soak::misbehave(Clock::time_point now) {
   strike(now);
 }
 
-// Kills and stops; what was stopped before goes on.
+// Kills and stops processes, and continues those whose stop is over.
 void Soak::strike(Clock::time_point now) {
   if (_dice.chance(20)) {
     anyAssistant().killAndRestart();
@@ -139,7 +139,7 @@ void Soak::startAssistants() {
   }
 }
 
-// Everybody goes but the applications, which have to be at rest then, and to answer.
+// Ends all peers, waits until both applications are idle and answer, and measures the light.
 Soak::Rest Soak::settle() {
   requireNoFailure();
   _assistants.clear();

@@ -17,7 +17,7 @@ using support::RawSocket;
 constexpr Clock::duration kDeafPatience = 30s;
 constexpr std::size_t kQuestionsAtOnce = 500;
 
-// So many requests in one text that a socket is kept busy.
+// Enough requests in one text to keep a socket busy.
 const std::string &manyQuestions() {
   static const std::string kQuestions = [] {
     std::string questions;
@@ -91,7 +91,7 @@ bool Strangers::speak(Stranger &stranger) {
   return speak(stranger.callback) && mainIsOpen;
 }
 
-// In pieces of any size. @return false when the other side has closed.
+// Sends pieces of random size. @return false when the other side has closed.
 bool Strangers::speak(Line &line) {
   while (!line.unsent.empty()) {
     const std::size_t piece = 1 + _pieces.below(line.unsent.size());

@@ -12,26 +12,27 @@
 
 namespace soak {
 
-// Peers that are none: raw sockets to an application's port.
+// Hostile peers: raw sockets connected to an application's port.
 class Strangers {
 public:
-  // What is said comes from `dice`; in which pieces, which hangs on the sockets too, does not.
+  // `dice` decides what is sent. The sizes of the pieces depend on the sockets too, and come from
+  // dice of their own, so that a seed gives the same decisions.
   explicit Strangers(Dice &dice) : _dice(dice), _pieces(dice.seed()) {}
 
-  // Each connects to the port of this application, if somebody listens there.
+  // Each connects to the port of this application, if it listens.
   void sendGarbage(const std::string &appId);
   void leaveHalfOpen(const std::string &appId);
   // One at a time: it asks as fast as it can, and reads nothing.
   void askWithoutReading(const std::string &appId);
 
-  // Writes what the sockets take, and lets those go whose time is over.
+  // Writes what the sockets take, and closes those whose time is over.
   void tick(Clock::time_point now);
   void leave() { _strangers.clear(); }
 
   unsigned long garbagePeers() const { return _garbagePeers; }
   unsigned long halfOpen() const { return _halfOpen; }
   unsigned long deaf() const { return _deaf; }
-  // How many of those that do not read the application has disconnected.
+  // How many peers that do not read were disconnected by the application.
   unsigned long deafDropped() const { return _deafDropped; }
   bool isAnybodyDeaf() const;
 

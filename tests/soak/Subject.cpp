@@ -8,7 +8,7 @@
 namespace soak {
 namespace {
 
-// A process that is stopped again and again would never say its second hello in time.
+// Between two stops a process needs time to send both hellos before their deadline.
 constexpr std::chrono::seconds kRest{2};
 
 } // namespace

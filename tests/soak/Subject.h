@@ -13,7 +13,7 @@ namespace soak {
 
 using Clock = std::chrono::steady_clock;
 
-// A process that the soak makes suffer.
+// A process that the soak kills, stops and continues.
 class Subject {
 public:
   using Command = std::vector<std::string>;
@@ -22,13 +22,13 @@ public:
   // Starts it.
   Subject(Command command, Environment environment);
 
-  // Ends it without a word, and starts it anew.
+  // Sends SIGKILL, and starts a new process.
   void killAndRestart();
   // SIGSTOP now, SIGCONT when it is due. Not while it is stopped, nor soon after.
   bool stopUntil(Clock::time_point end);
   void resumeWhenDue(Clock::time_point now);
   void resume();
-  // Throws what it wrote to standard error when it has ended by itself.
+  // Throws with its standard error when it has ended by itself.
   void requireRunning() const;
 
   support::Process &process() { return *_process; }

@@ -8,14 +8,14 @@
 
 namespace soak {
 
-// What the assistants have done so far. It lies in a file that they all map: an assistant may be
-// killed at any moment, and what it had counted counts.
+// Counts of the assistants' work, in a file that they all map: an assistant may be killed at any
+// moment, and its counts remain.
 struct Tally {
   std::atomic<std::uint64_t> requests;    // Asked, and answered rightly.
   std::atomic<std::uint64_t> connections; // Made.
   std::atomic<std::uint64_t> failures;    // What must not happen.
 
-  // Maps the file, and makes it if need be. Stays mapped until the process ends.
+  // Maps the file, creating it if needed, until the process ends.
   static Tally &in(const std::string &path);
 };
 

@@ -29,15 +29,15 @@ void require(bool holds, const std::string &what, Value before, Value after) {
 // "descriptors 12 -> 12, memory +0.1 MiB"
 std::string describe(const Footprint &before, const Footprint &after);
 
-// Where an example's log goes: only what its platform warns of, not what every request logs.
+// The environment of an example: its log keeps warnings only, not the lines of every request.
 support::Process::Environment applicationEnvironment(const std::string &appId,
                                                      const std::string &logs);
 
-// Asks an example for its state until it answers; it may just have been started. A MainLoop
-// must be there.
+// Asks an example for its state until it answers; it may just have been started. Needs a MainLoop.
 void awaitAnswer(const std::string &appId);
 
-// Waits until nothing has changed about the process's descriptors for so long, and measures it.
+// Waits until the number of the process's descriptors has not changed for this long, and measures
+// it.
 Footprint awaitRest(pid_t process, std::chrono::milliseconds unchanged);
 
 } // namespace soak

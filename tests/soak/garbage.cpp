@@ -48,7 +48,7 @@ void mutate(Dice &dice, std::string &bytes) {
   }
 }
 
-// A frame whose prefix holds, around what is no message; or whose prefix lies too.
+// A frame of random bytes, with a correct or a wrong length.
 std::string frameOfNoise(Dice &dice) {
   const auto kind = static_cast<std::uint32_t>(dice.below(6));
   return dice.chance(500) ? support::frame(kind, noise(dice))

@@ -7,12 +7,12 @@
 
 namespace soak {
 
-// Where all chance comes from: the same seed, the same decisions.
+// The random numbers: the same seed gives the same decisions.
 class Dice {
 public:
   explicit Dice(unsigned long seed) : _random(seed) {}
 
-  // From 0 to below this.
+  // From 0 to one less than the bound.
   std::size_t below(std::size_t limit) { return static_cast<std::size_t>(_random() % limit); }
   bool chance(unsigned perMille) { return below(1000) < perMille; }
   unsigned long seed() { return _random() & 0xffffffffUL; }
@@ -21,17 +21,17 @@ private:
   std::mt19937_64 _random;
 };
 
-// What a stranger writes on its two sockets.
+// The bytes that a peer writes on its two sockets.
 struct Speech {
   std::string main;
   std::string callback;
 };
 
-// What a well-behaved peer says until its first requests are sent.
+// The bytes of a well-behaved peer, up to its first requests.
 Speech properSpeech(const std::string &instance, const std::string &sender);
-// What no peer should say.
+// Bytes that no peer should send.
 Speech garbage(Dice &dice, const std::string &instance);
-// The beginning of a proper speech, cut anywhere; one socket may say nothing at all.
+// The bytes of a well-behaved peer, cut anywhere; one socket may stay silent.
 Speech unfinishedSpeech(Dice &dice, const std::string &instance);
 
 } // namespace soak

@@ -8,8 +8,8 @@
 namespace integration {
 
 // Sees every line that this process logs, at the moment it is logged: this program has a dlog_print
-// of its own, which passes the line on to the platform. The log is all that an application can see
-// of some of the library's steps.
+// of its own, which passes the line on to the platform. Some steps of the library show in the log
+// alone.
 class LogWatch {
 public:
   // Calls the function once, when the next line with this text is logged.

@@ -16,14 +16,14 @@ namespace {
 
 constexpr const char *kStay = "stay";
 
-// Until the test is gone, and leaves the input alone: it is the parent's.
+// Waits until the test has ended, without reading the input, which is the parent's.
 [[noreturn]] void stayUntilTheTestEnds() {
   pollfd input = {STDIN_FILENO, 0, 0};
   (void)poll(&input, 1, -1);
   _exit(0);
 }
 
-// What the child does. The end of the pipe that it was given says that it runs.
+// The child's code. It closes its end of the pipe when it runs.
 [[noreturn]] void live(const std::string &ending, int running) {
   close(running);
   if (ending == kStay) {
@@ -55,7 +55,7 @@ int forkChild(const std::string &ending) {
   return runs ? 0 : -1;
 }
 
-// What a program that is started inherits.
+// The descriptors that an executed program inherits.
 int countSocketsOfAProgram() {
   FILE *output = popen("ls -l /proc/self/fd", "re");
   if (output == nullptr) {

@@ -8,7 +8,7 @@
 
 namespace integration {
 
-// What an application does beside the library: it forks, starts programs, looks at the clock.
+// Commands beside the library's calls: fork, start programs, read the clock.
 // Returns nothing for a command that is none of these.
 std::optional<int> callProcess(const std::string &name, const nlohmann::json &command);
 

@@ -27,7 +27,7 @@ std::string stringIn(bundle *request, const char *key) {
   return value == nullptr ? std::string() : value;
 }
 
-// A handle may point at a number or at a text, which no int alignment holds for.
+// A handle may point at a number or at a text; the latter need not be aligned for an int.
 int numberAt(const void *handle) {
   int number = 0;
   std::memcpy(&number, handle, sizeof number);
@@ -99,7 +99,7 @@ int VoiceApplication::complete(const std::string &name, const json &command) {
                                  : norix_complete_action_execution(handle, text);
 }
 
-// What is to happen later, without the test's word.
+// Commands that take effect later, without another message of the test.
 int VoiceApplication::arrange(const std::string &name, const json &command) {
   if (name == "answerAtOnce") {
     _answerAtOnce = command.at("text");

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// An application for tests: it does nothing of its own, but calls the library as it is told on its
-// standard input, and tells on its standard output what came of it. One JSON object a line, both
-// ways; TestApplication.h is the other end.
+// The application for tests: calls the library as its standard input says, and reports the results
+// on its standard output, one JSON object a line in both directions. TestApplication.h is the other
+// end.
 #include "integration/app/CommandInput.h"
 #include "integration/app/VoiceApplication.h"
 

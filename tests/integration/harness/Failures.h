@@ -9,7 +9,7 @@
 
 namespace integration {
 
-// How the assistant's side fails; nothing when it does not.
+// The failure that the assistant's side reports; nothing on success.
 template <typename Attempt>
 std::optional<norix::assistant::Failure> failureOf(Attempt attempt) {
   try {

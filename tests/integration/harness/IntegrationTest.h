@@ -11,6 +11,9 @@
 
 namespace integration {
 
+// Test cases name the assistant's side throughout.
+using namespace norix::assistant;
+
 using support::kBound;
 using support::Process;
 using support::TemporaryRuntime;
@@ -20,7 +23,7 @@ class IntegrationTest : public ::testing::Test {
 protected:
   // The order counts: the main loop already looks for the runtime folder.
   TemporaryRuntime runtime;
-  norix::assistant::MainLoop loop;
+  MainLoop loop;
 };
 
 } // namespace integration

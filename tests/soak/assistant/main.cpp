@@ -2,10 +2,10 @@
 //
 // norix_soak_assistant TARGET TALLY SEED
 //
-// Connects to the example application TARGET, asks it some things, disconnects, and begins again,
-// until it is killed. The music is killed now and then, which may break any connection to it; the
-// light is not. Neither may leave a question unanswered while the connection stands, nor answer it
-// wrongly.
+// Connects to the example application TARGET, sends some requests, disconnects, and begins again,
+// until it is killed. The soak kills the music now and then, so its connections may break; the
+// light's may not. Neither may leave a request unanswered while the connection stands, nor answer
+// it wrongly.
 #include "assistant/client/MainLoop.h"
 #include "assistant/client/Session.h"
 #include "soak/Tally.h"
