@@ -13,9 +13,11 @@ set(norix_platform_modules
     dlog
     rpc-port
     capi-appfw-app-common
+    capi-appfw-app-control
     capi-appfw-app-manager
     capi-appfw-application
-    capi-appfw-service-application)
+    capi-appfw-service-application
+    capi-system-info)
 
 # Finds one pkg-config module and names it Platform::<module>.
 function(norix_import_module module)
@@ -43,9 +45,9 @@ message(STATUS "The platform's interfaces come from: ${norix_platform}")
 # What norix-assistant needs of it wherever the interfaces come from.
 add_subdirectory(${PROJECT_SOURCE_DIR}/platform/base/descriptors
                  ${PROJECT_BINARY_DIR}/platform/base/descriptors)
-add_subdirectory(${PROJECT_SOURCE_DIR}/platform/ecore ${PROJECT_BINARY_DIR}/platform/ecore)
+add_subdirectory(${PROJECT_SOURCE_DIR}/platform/ecore ${PROJECT_BINARY_DIR}/shared/ecore)
 add_subdirectory(${PROJECT_SOURCE_DIR}/platform/application/manifest
-                 ${PROJECT_BINARY_DIR}/platform/application/manifest)
+                 ${PROJECT_BINARY_DIR}/shared/manifest)
 
 if(norix_platform STREQUAL "device")
   foreach(module IN LISTS norix_platform_modules)

@@ -27,7 +27,7 @@ typedef void (*app_terminate_cb)(void *user_data);
 typedef void (*app_pause_cb)(void *user_data);
 /** @brief Called when the application's window comes into view. */
 typedef void (*app_resume_cb)(void *user_data);
-/** @brief Called for the launch. The handle is lent until the callback returns. */
+/** @brief Called for the launch, and for each launch request. The handle is lent for the call. */
 typedef void (*app_control_cb)(app_control_h app_control, void *user_data);
 
 /** @brief An application's callbacks. Those that it does not need are null. */
@@ -36,7 +36,7 @@ typedef struct {
   app_terminate_cb terminate; /**< After the loop. */
   app_pause_cb pause;         /**< The window is no longer seen. */
   app_resume_cb resume;       /**< The window comes into view. */
-  app_control_cb app_control; /**< The launch. */
+  app_control_cb app_control; /**< The launch, and each request. */
 } ui_app_lifecycle_callback_s;
 
 /**

@@ -23,14 +23,14 @@ extern "C" {
 typedef bool (*service_app_create_cb)(void *user_data);
 /** @brief Called after the loop has ended, with Ecore still there. */
 typedef void (*service_app_terminate_cb)(void *user_data);
-/** @brief Called for the launch. The handle is lent until the callback returns. */
+/** @brief Called for the launch, and for each launch request. The handle is lent for the call. */
 typedef void (*service_app_control_cb)(app_control_h app_control, void *user_data);
 
 /** @brief An application's callbacks. Those that it does not need are null. */
 typedef struct {
   service_app_create_cb create;       /**< Before the loop. */
   service_app_terminate_cb terminate; /**< After the loop. */
-  service_app_control_cb app_control; /**< The launch. */
+  service_app_control_cb app_control; /**< The launch, and each request. */
 } service_app_lifecycle_callback_s;
 
 /**

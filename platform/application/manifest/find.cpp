@@ -32,6 +32,12 @@ std::optional<FoundManifest> findIn(const std::string &folder) {
   return FoundManifest{folder, ManifestReader::read(path)};
 }
 
+// A relative path without "..".
+bool leadsInside(const std::string &path) {
+  return !path.empty() && path.front() != '/'
+         && ("/" + path + "/").find("/../") == std::string::npos;
+}
+
 std::string parentOf(const std::string &path) {
   return path.substr(0, path.find_last_of('/'));
 }
@@ -60,15 +66,29 @@ std::optional<FoundManifest> findManifestOf(const std::string &appId) {
     return std::nullopt;
   }
   std::optional<FoundManifest> own = findOwnManifest();
-  if (own && own->manifest.find(appId) != nullptr) {
-    return own;
-  }
+  return own && own->manifest.find(appId) != nullptr ? own : findInstalledManifest(appId);
+}
+
+std::optional<FoundManifest> findInstalledManifest(const std::string &appId) {
   const char *apps = std::getenv(kAppsVariable);
-  if (apps == nullptr || *apps == '\0') {
+  if (!isUsableAppId(appId) || apps == nullptr || *apps == '\0') {
     return std::nullopt;
   }
   std::optional<FoundManifest> installed = findIn(std::string(apps) + "/" + appId);
   return installed && installed->manifest.find(appId) != nullptr ? installed : std::nullopt;
+}
+
+std::string findProgram(const std::string &folder, const std::string &exec) {
+  if (!leadsInside(exec)) {
+    return {};
+  }
+  for (std::string candidate : {folder + "/bin/" + exec, folder + "/" + exec}) {
+    struct stat status = {};
+    if (stat(candidate.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+      return candidate;
+    }
+  }
+  return {};
 }
 
 } // namespace platform::application

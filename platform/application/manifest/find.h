@@ -33,6 +33,15 @@ std::optional<FoundManifest> findOwnManifest();
  */
 std::optional<FoundManifest> findManifestOf(const std::string &appId);
 
+/// The manifest of this application in $NORIX_DESKTOP_APPS/<app id>/. Throws ManifestError.
+std::optional<FoundManifest> findInstalledManifest(const std::string &appId);
+
+/**
+ * @brief The program that a manifest's `exec` names: in bin/ of the application's folder, or beside
+ *        the manifest. Empty when there is none, or when the path would lead out of the folder.
+ */
+std::string findProgram(const std::string &folder, const std::string &exec);
+
 } // namespace platform::application
 
 #endif

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lifeCycle.h"
 
+#include "control/LaunchPort.h"
 #include "ecore/init.h"
 #include "glib/EcorePolling.h"
+#include "launcher/launch.h"
 
 #include <Ecore.h>
 #include <app_common.h>
@@ -10,9 +12,8 @@
 #include <cstdlib>
 #include <dlog.h>
 #include <exception>
-
-/** The launch request, which carries nothing here. Its address is all that there is to it. */
-struct app_control_s {};
+#include <memory>
+#include <string>
 
 namespace platform::application {
 namespace {
@@ -24,20 +25,20 @@ std::atomic<bool> isLoopThere{false};
 std::atomic<bool> isEndWanted{false};
 
 /** Marks the process as running an application, unless it is already. */
-class RunningMark {
+class MainMark {
 public:
-  RunningMark() : _isFirst(!isRunning.exchange(true)) {
+  MainMark() : _isFirst(!isRunning.exchange(true)) {
     if (_isFirst) {
       isEndWanted = false;
     }
   }
-  ~RunningMark() {
+  ~MainMark() {
     if (_isFirst) {
       isRunning = false;
     }
   }
-  RunningMark(const RunningMark &) = delete;
-  RunningMark &operator=(const RunningMark &) = delete;
+  MainMark(const MainMark &) = delete;
+  MainMark &operator=(const MainMark &) = delete;
 
   bool isFirst() const { return _isFirst; }
 
@@ -89,21 +90,56 @@ private:
   Ecore_Event_Handler *_signalHandler = nullptr;
 };
 
-bool isApplication() {
+/// How long a launcher may take to send the request that it has started the application for.
+constexpr double kRequestSeconds = 5.0;
+
+/// @return The application's id; empty when the process has none.
+std::string ownAppId() {
   char *id = nullptr;
-  const int result = app_get_id(&id);
-  free(id);
-  return result == APP_ERROR_NONE;
+  if (app_get_id(&id) != APP_ERROR_NONE) {
+    return {};
+  }
+  const std::unique_ptr<char, decltype(&std::free)> owned(id, &std::free);
+  return id;
 }
 
-void live(const LifeCycle &application) {
+/// Runs the loop until the launcher's request has come, or it is clear that it will not.
+void awaitRequest(const LaunchPort &port) {
+  bool isLate = false;
+  const auto onLate = [](void *data) -> Eina_Bool {
+    *static_cast<bool *>(data) = true;
+    return ECORE_CALLBACK_RENEW;
+  };
+  const std::unique_ptr<Ecore_Timer, decltype(&ecore_timer_del)> timer(
+      ecore_timer_add(kRequestSeconds, onLate, &isLate), &ecore_timer_del);
+  while (!port.hasWaiting() && !isLate && !isEndWanted) {
+    ecore_main_loop_iterate_may_block(1);
+  }
+}
+
+/// The first app_control callback: for the launcher's request, or for the start itself.
+void launchFirst(const LifeCycle &application, LaunchPort &port, LaunchReason reason) {
+  if (reason == LaunchReason::Request) {
+    awaitRequest(port);
+  }
+  if (!port.hasWaiting() && !isEndWanted) {
+    app_control_s request;
+    request.operation = APP_CONTROL_OPERATION_DEFAULT;
+    request.appId = ownAppId();
+    application.launch(&request);
+  }
+  if (!isEndWanted) {
+    port.deliverTo(application.launch);
+  }
+}
+
+void live(const LifeCycle &application, LaunchPort &port, LaunchReason reason) {
   if (!application.create()) {
     dlog_print(DLOG_ERROR, kTag, "the create callback returned false: the application ends");
     return;
   }
   if (!isEndWanted) {
-    app_control_s launchRequest;
-    application.launch(&launchRequest);
+    launchFirst(application, port, reason);
     Loop::run();
     application.leave();
   }
@@ -113,11 +149,12 @@ void live(const LifeCycle &application) {
 } // namespace
 
 int runLifeCycle(const LifeCycle &application) {
-  const RunningMark mark;
+  const MainMark mark;
   if (!mark.isFirst()) {
     return APP_ERROR_ALREADY_RUNNING;
   }
-  if (!isApplication()) {
+  const std::string id = ownAppId();
+  if (id.empty()) {
     return APP_ERROR_INVALID_CONTEXT;
   }
 
@@ -126,7 +163,10 @@ int runLifeCycle(const LifeCycle &application) {
     dlog_print(DLOG_ERROR, kTag, "the main loop cannot be set up: ecore_init() failed");
     return APP_ERROR_INVALID_CONTEXT;
   }
-  live(application);
+  const bool isLaunched = wasLaunched();
+  const LaunchReason reason = takeLaunchReason();
+  LaunchPort port(id, isLaunched);
+  live(application, port, reason);
   return APP_ERROR_NONE;
 }
 

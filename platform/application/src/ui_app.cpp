@@ -3,6 +3,8 @@
 
 #include "lifeCycle.h"
 
+#include <utility>
+
 namespace {
 
 void call(void (*callback)(void *), void *userData) {
@@ -16,11 +18,13 @@ void call(void (*callback)(void *), void *userData) {
 platform::application::LifeCycle lifeCycle(const ui_app_lifecycle_callback_s &callbacks,
                                            void *userData) {
   return {[callbacks, userData] { return callbacks.create(userData); },
-          [callbacks, userData](app_control_h launchRequest) {
+          [callbacks, userData, isShown = false](app_control_h launchRequest) mutable {
             if (callbacks.app_control != nullptr) {
               callbacks.app_control(launchRequest, userData);
             }
-            call(callbacks.resume, userData);
+            if (!std::exchange(isShown, true)) {
+              call(callbacks.resume, userData);
+            }
           },
           [callbacks, userData] { call(callbacks.pause, userData); },
           [callbacks, userData] { call(callbacks.terminate, userData); }};

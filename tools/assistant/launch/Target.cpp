@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <manifest/ManifestReader.h>
+#include <manifest/find.h>
 
 namespace norix::assistant::launch {
 namespace {
@@ -49,15 +50,14 @@ fs::path findManifest(const std::string &name) {
   return fs::canonical(manifestOfId(name));
 }
 
-// As on a device in bin/, or beside the manifest while it is being developed.
-fs::path findProgram(const fs::path &folder, const std::string &exec) {
-  for (fs::path candidate : {folder / "bin" / exec, folder / exec}) {
-    if (fs::is_regular_file(candidate)) {
-      return candidate;
-    }
+fs::path programOf(const fs::path &folder, const std::string &exec) {
+  const std::string program = platform::application::findProgram(folder, exec);
+  if (program.empty()) {
+    throw LaunchError("no program '" + exec + "' in '" + folder.string()
+                      + "' or its bin/; build the application first, and let exec name the program "
+                        "by a path within the folder");
   }
-  throw LaunchError("no program '" + exec + "' in '" + folder.string()
-                    + "' or its bin/; build the application first");
+  return program;
 }
 
 const DeclaredApplication &findStartable(const Manifest &manifest, const fs::path &path) {
@@ -89,7 +89,7 @@ Target findTarget(const std::string &name) {
   target.id = application.id;
   target.manifest = path;
   target.folder = path.parent_path();
-  target.program = findProgram(target.folder, application.exec);
+  target.program = programOf(target.folder, application.exec);
   for (const auto &entry : application.metadata) {
     target.metadata.push_back({entry.key, entry.value});
   }

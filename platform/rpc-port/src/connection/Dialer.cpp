@@ -5,6 +5,7 @@
 #include "common/Printable.h"
 #include "common/bounds.h"
 #include "common/log.h"
+#include "launcher/launch.h"
 #include "registry/LocalPort.h"
 #include "socket/Names.h"
 #include "wire/Hello.h"
@@ -87,7 +88,7 @@ void Dialer::openLines() {
       continue;
     }
     ConnectedSocket socket = connectToPort(_peer.application, _peer.portName);
-    if (socket.outcome == ConnectOutcome::Busy) {
+    if (socket.outcome == ConnectOutcome::Busy || mayListenSoon(socket)) {
       return;
     }
     if (socket.outcome == ConnectOutcome::Failed || !sayHello(type, std::move(socket.descriptor))) {
@@ -96,6 +97,22 @@ void Dialer::openLines() {
     }
   }
   _state = State::Waiting;
+}
+
+/// Starts the application if it does not run, once; an application that starts may yet listen.
+bool Dialer::mayListenSoon(const ConnectedSocket &socket) {
+  const bool isAbsent = socket.outcome == ConnectOutcome::Failed
+                        && socket.error == RPC_PORT_ERROR_IO_ERROR
+                        && _lines[RPC_PORT_PORT_MAIN].channel == nullptr;
+  if (!isAbsent || _peer.application == ownAppId()) {
+    return false;
+  }
+  if (!std::exchange(_hasLaunched, true)
+      && application::launch(_peer.application, application::LaunchReason::Default)
+             == application::Launch::Unknown) {
+    return false;
+  }
+  return application::isStarting(_peer.application);
 }
 
 bool Dialer::sayHello(rpc_port_port_type_e type, Descriptor socket) {

@@ -16,7 +16,7 @@ namespace platform::rpc_port {
 class Dialer final : public std::enable_shared_from_this<Dialer> {
 public:
   enum class State {
-    Connecting, ///< The stub's backlog is full; the next attempt follows in a moment.
+    Connecting, ///< Backlog full or application starting; the next attempt follows in a moment.
     Waiting,    ///< Both hellos are sent.
     Welcomed,   ///< takeEnds() has the connection's sockets.
     Failed      ///< error() says why.
@@ -52,6 +52,7 @@ private:
   void channelReady(Channel &channel, FdWatch::Events events);
   void attempt();
   void openLines();
+  bool mayListenSoon(const ConnectedSocket &socket);
   bool sayHello(rpc_port_port_type_e type, Descriptor socket);
   void watchForWelcome();
   void receive(Line &line);
@@ -63,6 +64,7 @@ private:
   Peer _peer;
   std::string _sender;
   State _state = State::Connecting;
+  bool _hasLaunched = false;
   int _error;
   std::array<Line, 2> _lines;
   Timer _retry;
