@@ -7,7 +7,6 @@
 
 using fake::platform;
 using fake::PlatformCall;
-using fake::PortHandle;
 using fake::StubHandle;
 
 namespace {

@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
   messageService service(sender, "instance");
   // The platform's ids end at their first NUL.
-  const bool isExpected = isListed(sender.c_str(), content);
+  const bool isExpected = isListed(sender.substr(0, sender.find('\0')), content);
 
   check(service.isPermittedSender() == isExpected, "who is listed is served, and nobody else");
   check(service.UnsetCB() == (isExpected ? 0 : -1), "who is not listed is refused");
