@@ -130,7 +130,7 @@ int add(const char *function, bundle *handle, const char *key, int type, std::st
   if (alive->find(key) != nullptr) {
     return BUNDLE_ERROR_KEY_EXISTS;
   }
-  alive->entries.push_back({key, type, {stored(std::move(value))}});
+  alive->entries.push_back({key, type, {stored(value)}});
   return BUNDLE_ERROR_NONE;
 }
 

@@ -131,6 +131,7 @@ TEST_F(TheOrderOfAnInitialisation, IsToAskForTheVersionBeforeAnythingIsOpened) {
              "dlog_print", "rpc_port_stub_create", "rpc_port_stub_listen"}),
       TextsAre({"app_get_id()", "dlog_print(AppId = org.example.music)",
                 "app_info_create(org.example.music)", "app_info_foreach_metadata(app info 1)",
+                // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one line of the log.
                 "dlog_print(metadata_key[http://valtren.com/tizen/metadata/norix/sdk/version] "
                 "metadata_value[1.0-beta])",
                 "dlog_print(AppSdkVersion 1.0-beta)", "app_info_destroy(app info 1)",

@@ -40,13 +40,17 @@ bool isNearlyTheKey(const std::string &key) {
          || editDistance(lowerCase(pathOfKey(key)), pathOfKey(right)) <= kFewLetters;
 }
 
+Finding misspeltKey(const std::string &key, const std::string &right, const std::string &manifest) {
+  return {"metadata-key-misspelt", "'" + manifest + "' has the metadata key '" + key
+                                       + "', so norix_initialize() fails; write '" + right
+                                       + "', character for character"};
+}
+
 Finding missingKey(const std::vector<MetadataEntry> &entries, const std::string &manifest) {
   const std::string right = NORIX_SDK_VERSION_METADATA_KEY;
   for (const MetadataEntry &entry : entries) {
     if (isNearlyTheKey(entry.key)) {
-      return {"metadata-key-misspelt", "'" + manifest + "' has the metadata key '" + entry.key
-                                           + "', so norix_initialize() fails; write '" + right
-                                           + "', character for character"};
+      return misspeltKey(entry.key, right, manifest);
     }
   }
   return {"no-metadata-key", "'" + manifest

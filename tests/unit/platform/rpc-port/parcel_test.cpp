@@ -308,10 +308,13 @@ void PrintTo(const Read &row, std::ostream *out) {
 template <typename Value, int (*Function)(rpc_port_parcel_h, Value *)>
 int readUntouched(rpc_port_parcel_h h) {
   Value value{};
+  // NOLINTBEGIN(bugprone-sizeof-expression, bugprone-suspicious-memory-comparison): every bit
+  // counts.
   std::memset(&value, 1, sizeof value);
   const Value before = value;
   const int result = Function(h, &value);
   EXPECT_EQ(std::memcmp(&value, &before, sizeof value), 0);
+  // NOLINTEND(bugprone-sizeof-expression, bugprone-suspicious-memory-comparison)
   return result;
 }
 
