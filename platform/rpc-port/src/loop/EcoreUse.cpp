@@ -21,11 +21,9 @@ bool held = false;
 bool ready = false;
 pid_t process = 0;
 
-/**
- * What Ecore calls in a forked child that goes on with the loop: its copies of the parent's
- * descriptors are closed there, and a loop that went on watching them would take whatever gets
- * their numbers for them.
- */
+/// Called by Ecore in a forked child that goes on with the loop. The child's copies of its parent's
+/// descriptors are closed, and their numbers will be used again: the loop must not go on watching
+/// them.
 void onForkReset(void * /*data*/) {
   if (process == getpid()) {
     return;
@@ -48,16 +46,16 @@ bool holdEcore() {
 } // namespace
 
 EcoreUse::EcoreUse() {
-  const bool isFirst = users++ == 0;
+  ++users;
   (void)glib::findLoaded(); // Before the first watch: GLib's loop is to have a part in each.
   held = held || holdEcore();
   const bool isForked = held && process != getpid();
   leaveParent(); // Ecore asks that of every child that uses it, and nobody else may have.
-  if (isFirst && !isForked) {
+  if (!ready && !isForked) { // Also after a failure, for lack of descriptors say.
     ready = held && JobQueue::get().open();
   }
   if (!ready) {
-    dlog_print(DLOG_ERROR, kLogTag, "the main loop is not to be had: no ports without it");
+    dlog_print(DLOG_ERROR, kLogTag, "Ecore could not be initialised; ports are unavailable");
   }
 }
 

@@ -154,6 +154,20 @@ TEST_F(RunningOutOfDescriptors, KeepsNoProxyOfTheProcessFromConnectingAtOnceWhen
   EXPECT_EQ(rpc_port_proxy_connect_sync(proxy.handle, kAppId, kPort), RPC_PORT_ERROR_NONE);
 }
 
+TEST_F(Runtime, ListensAfterAnEarlierStubFoundNoDescriptors) {
+  rpc_port_stub_h first = nullptr;
+  {
+    const DescriptorLimit none(3);
+    ASSERT_EQ(rpc_port_stub_create(&first, "first"), RPC_PORT_ERROR_NONE);
+    ASSERT_EQ(rpc_port_stub_listen(first), RPC_PORT_ERROR_IO_ERROR);
+  }
+  StubEnd second;
+
+  EXPECT_EQ(second.listen(), RPC_PORT_ERROR_NONE);
+
+  rpc_port_stub_destroy(first);
+}
+
 class APeerThatDoesNotRead : public ConnectedEnds {};
 
 TEST_F(APeerThatDoesNotRead, IsDisconnectedAtTheBoundAndNotBefore) {
