@@ -6,21 +6,21 @@
  * @file rpc-port.h
  * @brief Ports between applications: a stub listens, proxies connect.
  *
- * A connection has two ports. Requests and their replies travel on the main port, what the stub
- * tells of its own accord travels on the callback port. Conventions that hold for every call:
+ * A connection has two ports. Requests and their replies travel on the main port, messages that
+ * the stub sends unasked on the callback port. Conventions that hold for every call:
  *
  * 1. Thread. Everything is called on the thread that runs the Ecore main loop, and every event is
- *    raised there. Creating a stub or a proxy initialises Ecore where the application has not done
- *    so, and destroying it takes that back: in which order an application does these is its choice.
+ *    raised there. Creating a stub or a proxy initialises Ecore if necessary, and destroying the
+ *    last one shuts it down, before or after the application does so itself.
  * 2. Events come from the loop, never from inside a call; the one exception is the connected event
  *    of rpc_port_proxy_connect_sync(), also that of a stub in the same process. All handlers of an
  *    event are called in the order in which they were added.
  * 3. A handler may do anything: send, disconnect, connect, destroy the stub or proxy that it was
  *    called from, run the loop, throw a C++ exception (which comes out of the loop). Texts that it
  *    is given are lent for the call.
- * 4. Nothing waits for a peer, apart from rpc_port_proxy_connect_sync() and reads from a proxy's
- *    main port, which do so for a bounded time. What a peer does not take at once is kept; a peer
- *    that does not read what it is sent is disconnected at a bound.
+ * 4. No call blocks, apart from rpc_port_proxy_connect_sync() and reads from a proxy's main port,
+ *    which wait for a bounded time. What a peer does not take at once is queued; a peer that does
+ *    not read what it is sent is disconnected when the queue is full.
  * 5. Errors. A null handle, a null argument that is not said to be optional, and the handle of a
  *    stub or proxy that has been destroyed are #RPC_PORT_ERROR_INVALID_PARAMETER. A port whose
  *    connection has ended is #RPC_PORT_ERROR_IO_ERROR. Outputs are written on success only.
@@ -45,7 +45,7 @@ typedef enum {
   RPC_PORT_ERROR_OUT_OF_MEMORY = TIZEN_ERROR_OUT_OF_MEMORY, /**< There is no memory for it */
   RPC_PORT_ERROR_PERMISSION_DENIED =
       TIZEN_ERROR_PERMISSION_DENIED, /**< The ports' directory is not the user's alone */
-  RPC_PORT_ERROR_INVALID_PARAMETER = TIZEN_ERROR_INVALID_PARAMETER /**< An argument is no good */
+  RPC_PORT_ERROR_INVALID_PARAMETER = TIZEN_ERROR_INVALID_PARAMETER /**< An argument is invalid */
 } rpc_port_error_e;
 
 /** @brief The two ports of a connection. */
@@ -152,7 +152,7 @@ typedef void (*rpc_port_proxy_connected_event_cb)(const char *receiver, const ch
                                                   rpc_port_h port, void *user_data);
 
 /**
- * @brief Called once when a connection of the proxy has ended, whoever ended it.
+ * @brief Called once when a connection of the proxy has ended, by either side.
  * @details Its ports are dead by then, and everything that had arrived has been handed out.
  * @param[in] receiver  The id of the application that was connected to
  * @param[in] port_name The name of its port
@@ -311,7 +311,7 @@ typedef void (*rpc_port_stub_connected_event_cb)(const char *sender, const char 
                                                  void *user_data);
 
 /**
- * @brief Called once when a connection has ended, whoever ended it.
+ * @brief Called once when a connection has ended, by either side.
  * @details Its ports are dead by then, and everything that had arrived has been handed out, unless
  *          this side has ended it.
  * @param[in] sender    The id that the proxy's application gave itself
@@ -411,7 +411,7 @@ int rpc_port_stub_add_received_event_cb(rpc_port_stub_h h, rpc_port_stub_receive
                                         void *user_data);
 
 /**
- * @brief Asks for a privilege of whoever connects.
+ * @brief Requires a privilege of those that connect.
  * @details Without effect on a desktop, where the processes of one user have the same rights.
  * @param[in] h         The stub
  * @param[in] privilege The privilege
@@ -442,8 +442,8 @@ int rpc_port_stub_set_trusted(rpc_port_stub_h h, const bool trusted);
  * @retval #RPC_PORT_ERROR_NONE              Success
  * @retval #RPC_PORT_ERROR_INVALID_PARAMETER An argument is NULL, @a h has been destroyed, or
  *                                           @a type is none of the two
- * @retval #RPC_PORT_ERROR_IO_ERROR          There is no such connection, or this port of it has been
- *                                           disconnected
+ * @retval #RPC_PORT_ERROR_IO_ERROR          There is no such connection, or this port of it has
+ * been disconnected
  */
 int rpc_port_stub_get_port(rpc_port_stub_h h, rpc_port_port_type_e type, const char *instance,
                            rpc_port_h *port);

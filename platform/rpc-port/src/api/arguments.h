@@ -7,7 +7,7 @@
 
 namespace platform::rpc_port {
 
-/// Runs an API function's work; a lack of memory becomes a result and nothing else is caught.
+/// Runs an API function's work and turns a lack of memory into its result. Nothing else is caught.
 template <typename Work>
 int guarded(Work work) {
   try {

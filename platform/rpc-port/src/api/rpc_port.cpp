@@ -10,9 +10,9 @@ namespace rpc = platform::rpc_port;
 
 namespace {
 
-/// The sharing of private files between applications has no meaning on a desktop.
+/// Private sharing has no meaning on a desktop: the arguments are checked, nothing is done.
 int acceptFor(rpc_port_h port, bool hasArguments) {
-  if (!port || !hasArguments) {
+  if (port == nullptr || !hasArguments) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::ports().find(port) ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_IO_ERROR;
@@ -21,11 +21,11 @@ int acceptFor(rpc_port_h port, bool hasArguments) {
 } // namespace
 
 int rpc_port_read(rpc_port_h h, void *buf, unsigned int size) {
-  if (!h || !buf || size == 0) {
+  if (h == nullptr || buf == nullptr || size == 0) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   const rpc::Port *found = rpc::ports().find(h);
-  if (!found) {
+  if (found == nullptr) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   const rpc::Port port = *found;
@@ -33,11 +33,11 @@ int rpc_port_read(rpc_port_h h, void *buf, unsigned int size) {
 }
 
 int rpc_port_write(rpc_port_h h, const void *buf, unsigned int size) {
-  if (!h || !buf || size == 0) {
+  if (h == nullptr || buf == nullptr || size == 0) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   const rpc::Port *port = rpc::ports().find(h);
-  if (!port || size > rpc::kMaxMessage) {
+  if (port == nullptr || size > rpc::kMaxMessage) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   rpc::OutgoingMessage message(rpc::FrameKind::Raw);
@@ -46,11 +46,11 @@ int rpc_port_write(rpc_port_h h, const void *buf, unsigned int size) {
 }
 
 int rpc_port_disconnect(rpc_port_h h) {
-  if (!h) {
+  if (h == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   const rpc::Port *found = rpc::ports().find(h);
-  if (!found) {
+  if (found == nullptr) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   const rpc::Port port = *found; // The handle goes stale.

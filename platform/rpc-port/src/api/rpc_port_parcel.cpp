@@ -25,10 +25,11 @@ int toResult(bool done) {
   return done ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_IO_ERROR;
 }
 
-/// Guards and runs a write; `has` says whether the arguments besides the handle are there.
+/// Checks the arguments and runs a write; `has` says whether the arguments besides the handle are
+/// valid.
 template <typename Write>
 int write(rpc_port_parcel_h h, bool has, Write write) {
-  if (!h || !has) {
+  if (h == nullptr || !has) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] { return toResult(write(*toParcel(h))); });
@@ -41,7 +42,7 @@ int writeValue(rpc_port_parcel_h h, Value value) {
 
 template <typename Value>
 int readValue(rpc_port_parcel_h h, Value *value) {
-  if (!h || !value) {
+  if (h == nullptr || value == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return toResult(toParcel(h)->read(value));
@@ -50,7 +51,7 @@ int readValue(rpc_port_parcel_h h, Value *value) {
 } // namespace
 
 int rpc_port_parcel_create(rpc_port_parcel_h *h) {
-  if (!h) {
+  if (h == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([h] {
@@ -60,11 +61,11 @@ int rpc_port_parcel_create(rpc_port_parcel_h *h) {
 }
 
 int rpc_port_parcel_create_from_port(rpc_port_parcel_h *h, rpc_port_h port) {
-  if (!h || !port) {
+  if (h == nullptr || port == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   const rpc::Port *found = rpc::ports().find(port);
-  if (!found) {
+  if (found == nullptr) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   const rpc::Port kept = *found; // Taking the parcel may end the connection.
@@ -79,7 +80,7 @@ int rpc_port_parcel_create_from_port(rpc_port_parcel_h *h, rpc_port_h port) {
 }
 
 int rpc_port_parcel_create_from_raw(rpc_port_parcel_h *h, const void *raw, unsigned int size) {
-  if (!h || !raw || size > rpc::kMaxMessage) {
+  if (h == nullptr || raw == nullptr || size > rpc::kMaxMessage) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&]() -> int {
@@ -87,7 +88,7 @@ int rpc_port_parcel_create_from_raw(rpc_port_parcel_h *h, const void *raw, unsig
     payload.reserve(size);
     payload.append(raw, size);
     auto parcel = rpc::Parcel::fromWire(payload);
-    if (!parcel) {
+    if (parcel == nullptr) {
       return RPC_PORT_ERROR_INVALID_PARAMETER;
     }
     *h = parcel.release();
@@ -96,11 +97,11 @@ int rpc_port_parcel_create_from_raw(rpc_port_parcel_h *h, const void *raw, unsig
 }
 
 int rpc_port_parcel_send(rpc_port_parcel_h h, rpc_port_h port) {
-  if (!h || !port) {
+  if (h == nullptr || port == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   const rpc::Port *found = rpc::ports().find(port);
-  if (!found) {
+  if (found == nullptr) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   rpc::Parcel &parcel = *toParcel(h);
@@ -113,7 +114,7 @@ int rpc_port_parcel_send(rpc_port_parcel_h h, rpc_port_h port) {
 }
 
 int rpc_port_parcel_destroy(rpc_port_parcel_h h) {
-  if (!h) {
+  if (h == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   delete toParcel(h);
@@ -161,12 +162,12 @@ int rpc_port_parcel_write_bundle(rpc_port_parcel_h h, bundle *b) {
 }
 
 int rpc_port_parcel_burst_write(rpc_port_parcel_h h, const unsigned char *buf, unsigned int size) {
-  return write(h, buf && size > 0,
+  return write(h, buf != nullptr && size > 0,
                [buf, size](rpc::Parcel &parcel) { return parcel.writeBytes(buf, size); });
 }
 
 int rpc_port_parcel_write(rpc_port_parcel_h h, rpc_port_parcelable_t *parcelable, void *data) {
-  if (!h || !parcelable || !parcelable->to) {
+  if (h == nullptr || parcelable == nullptr || parcelable->to == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   parcelable->to(h, data);
@@ -198,42 +199,42 @@ int rpc_port_parcel_read_double(rpc_port_parcel_h h, double *d) {
 }
 
 int rpc_port_parcel_read_bool(rpc_port_parcel_h h, bool *b) {
-  if (!h || !b) {
+  if (h == nullptr || b == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return toResult(toParcel(h)->readBool(b));
 }
 
 int rpc_port_parcel_read_array_count(rpc_port_parcel_h h, int *count) {
-  if (!h || !count) {
+  if (h == nullptr || count == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return toResult(toParcel(h)->readArrayCount(count));
 }
 
 int rpc_port_parcel_read_string(rpc_port_parcel_h h, char **str) {
-  if (!h || !str) {
+  if (h == nullptr || str == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return toParcel(h)->readString(str);
 }
 
 int rpc_port_parcel_read_bundle(rpc_port_parcel_h h, bundle **b) {
-  if (!h || !b) {
+  if (h == nullptr || b == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return toParcel(h)->readBundle(b);
 }
 
 int rpc_port_parcel_burst_read(rpc_port_parcel_h h, unsigned char *buf, unsigned int size) {
-  if (!h || !buf || size == 0) {
+  if (h == nullptr || buf == nullptr || size == 0) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return toResult(toParcel(h)->readBytes(buf, size));
 }
 
 int rpc_port_parcel_read(rpc_port_parcel_h h, rpc_port_parcelable_t *parcelable, void *data) {
-  if (!h || !parcelable || !parcelable->from) {
+  if (h == nullptr || parcelable == nullptr || parcelable->from == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   parcelable->from(h, data);
@@ -241,7 +242,7 @@ int rpc_port_parcel_read(rpc_port_parcel_h h, rpc_port_parcelable_t *parcelable,
 }
 
 int rpc_port_parcel_get_header(rpc_port_parcel_h h, rpc_port_parcel_header_h *header) {
-  if (!h || !header) {
+  if (h == nullptr || header == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   *header = &toParcel(h)->header();
@@ -249,7 +250,7 @@ int rpc_port_parcel_get_header(rpc_port_parcel_h h, rpc_port_parcel_header_h *he
 }
 
 int rpc_port_parcel_header_set_tag(rpc_port_parcel_header_h header, const char *tag) {
-  if (!header || !tag || std::strlen(tag) > rpc::kMaxTag) {
+  if (header == nullptr || tag == nullptr || std::strlen(tag) > rpc::kMaxTag) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] {
@@ -259,11 +260,11 @@ int rpc_port_parcel_header_set_tag(rpc_port_parcel_header_h header, const char *
 }
 
 int rpc_port_parcel_header_get_tag(rpc_port_parcel_header_h header, char **tag) {
-  if (!header || !tag) {
+  if (header == nullptr || tag == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   char *copy = strdup(toHeader(header)->tag.c_str());
-  if (!copy) {
+  if (copy == nullptr) {
     return RPC_PORT_ERROR_OUT_OF_MEMORY;
   }
   *tag = copy;
@@ -271,7 +272,7 @@ int rpc_port_parcel_header_get_tag(rpc_port_parcel_header_h header, char **tag) 
 }
 
 int rpc_port_parcel_header_set_seq_num(rpc_port_parcel_header_h header, int seq_num) {
-  if (!header) {
+  if (header == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   toHeader(header)->sequenceNumber = seq_num;
@@ -279,7 +280,7 @@ int rpc_port_parcel_header_set_seq_num(rpc_port_parcel_header_h header, int seq_
 }
 
 int rpc_port_parcel_header_get_seq_num(rpc_port_parcel_header_h header, int *seq_num) {
-  if (!header || !seq_num) {
+  if (header == nullptr || seq_num == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   *seq_num = toHeader(header)->sequenceNumber;
@@ -288,7 +289,7 @@ int rpc_port_parcel_header_get_seq_num(rpc_port_parcel_header_h header, int *seq
 
 int rpc_port_parcel_header_get_timestamp(rpc_port_parcel_header_h header,
                                          struct timespec *timestamp) {
-  if (!header || !timestamp) {
+  if (header == nullptr || timestamp == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   *timestamp = toHeader(header)->timestamp;
@@ -296,7 +297,7 @@ int rpc_port_parcel_header_get_timestamp(rpc_port_parcel_header_h header,
 }
 
 int rpc_port_parcel_get_raw(rpc_port_parcel_h h, void **raw, unsigned int *size) {
-  if (!h || !raw || !size) {
+  if (h == nullptr || raw == nullptr || size == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] {

@@ -18,18 +18,18 @@ ProxyTable &proxies() {
 /// @return The proxy, held for as long as the call lasts, or nullptr.
 std::shared_ptr<rpc::Proxy> find(rpc_port_proxy_h h) {
   const auto *proxy = proxies().find(h);
-  return proxy ? *proxy : nullptr;
+  return proxy != nullptr ? *proxy : nullptr;
 }
 
 bool isAddress(const char *appid, const char *port) {
-  return appid && port && rpc::isAppId(appid) && rpc::isPortName(port);
+  return appid != nullptr && port != nullptr && rpc::isAppId(appid) && rpc::isPortName(port);
 }
 
 template <typename Callback>
 int addHandler(rpc_port_proxy_h h, Callback callback, void *userData,
                void (rpc::Proxy::*add)(Callback, void *)) {
   const auto proxy = find(h);
-  if (!proxy || !callback) {
+  if (proxy == nullptr || callback == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] {
@@ -41,7 +41,7 @@ int addHandler(rpc_port_proxy_h h, Callback callback, void *userData,
 } // namespace
 
 int rpc_port_proxy_create(rpc_port_proxy_h *h) {
-  if (!h) {
+  if (h == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] {
@@ -52,7 +52,7 @@ int rpc_port_proxy_create(rpc_port_proxy_h *h) {
 
 int rpc_port_proxy_destroy(rpc_port_proxy_h h) {
   const auto proxy = proxies().remove(h);
-  if (!proxy) {
+  if (proxy == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   proxy->destroy();
@@ -61,7 +61,7 @@ int rpc_port_proxy_destroy(rpc_port_proxy_h h) {
 
 int rpc_port_proxy_connect(rpc_port_proxy_h h, const char *appid, const char *port) {
   const auto proxy = find(h);
-  if (!proxy || !isAddress(appid, port)) {
+  if (proxy == nullptr || !isAddress(appid, port)) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] { return proxy->connect(appid, port); });
@@ -69,12 +69,12 @@ int rpc_port_proxy_connect(rpc_port_proxy_h h, const char *appid, const char *po
 
 int rpc_port_proxy_connect_sync(rpc_port_proxy_h h, const char *appid, const char *port) {
   const auto proxy = find(h);
-  if (!proxy || !isAddress(appid, port)) {
+  if (proxy == nullptr || !isAddress(appid, port)) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   std::shared_ptr<rpc::Connection> connection;
   const int result = rpc::guarded([&] { return proxy->connectSync(appid, port, connection); });
-  if (connection) {
+  if (connection != nullptr) {
     proxy->raiseConnected(*connection); // What the handlers throw is not ours to catch.
   }
   return result;
@@ -103,11 +103,11 @@ int rpc_port_proxy_add_received_event_cb(rpc_port_proxy_h h, rpc_port_proxy_rece
 
 int rpc_port_proxy_get_port(rpc_port_proxy_h h, rpc_port_port_type_e type, rpc_port_h *port) {
   const auto proxy = find(h);
-  if (!proxy || !port || !rpc::isPortType(type)) {
+  if (proxy == nullptr || port == nullptr || !rpc::isPortType(type)) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   rpc_port_h found = proxy->port(type);
-  if (!found) {
+  if (found == nullptr) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   *port = found;

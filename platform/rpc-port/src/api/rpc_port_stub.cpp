@@ -18,14 +18,14 @@ StubTable &stubs() {
 /// @return The stub, held for as long as the call lasts, or nullptr.
 std::shared_ptr<rpc::Stub> find(rpc_port_stub_h h) {
   const auto *stub = stubs().find(h);
-  return stub ? *stub : nullptr;
+  return stub != nullptr ? *stub : nullptr;
 }
 
 template <typename Callback>
 int addHandler(rpc_port_stub_h h, Callback callback, void *userData,
                void (rpc::Stub::*add)(Callback, void *)) {
   const auto stub = find(h);
-  if (!stub || !callback) {
+  if (stub == nullptr || callback == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] {
@@ -37,7 +37,7 @@ int addHandler(rpc_port_stub_h h, Callback callback, void *userData,
 } // namespace
 
 int rpc_port_stub_create(rpc_port_stub_h *h, const char *port_name) {
-  if (!h || !port_name || !rpc::isPortName(port_name)) {
+  if (h == nullptr || port_name == nullptr || !rpc::isPortName(port_name)) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   return rpc::guarded([&] {
@@ -48,7 +48,7 @@ int rpc_port_stub_create(rpc_port_stub_h *h, const char *port_name) {
 
 int rpc_port_stub_destroy(rpc_port_stub_h h) {
   const auto stub = stubs().remove(h);
-  if (!stub) {
+  if (stub == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   stub->destroy();
@@ -57,7 +57,7 @@ int rpc_port_stub_destroy(rpc_port_stub_h h) {
 
 int rpc_port_stub_listen(rpc_port_stub_h h) {
   const auto stub = find(h);
-  if (!stub) {
+  if (stub == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   // One code for every failure: the stubs that applications are built with take any other code than
@@ -83,21 +83,22 @@ int rpc_port_stub_add_received_event_cb(rpc_port_stub_h h, rpc_port_stub_receive
 
 // One user's processes have no privileges to tell them apart by: accepted, without effect.
 int rpc_port_stub_add_privilege(rpc_port_stub_h h, const char *privilege) {
-  return find(h) && privilege ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_INVALID_PARAMETER;
+  return find(h) != nullptr && privilege != nullptr ? RPC_PORT_ERROR_NONE
+                                                    : RPC_PORT_ERROR_INVALID_PARAMETER;
 }
 
 int rpc_port_stub_set_trusted(rpc_port_stub_h h, const bool /*trusted*/) {
-  return find(h) ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_INVALID_PARAMETER;
+  return find(h) != nullptr ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_INVALID_PARAMETER;
 }
 
 int rpc_port_stub_get_port(rpc_port_stub_h h, rpc_port_port_type_e type, const char *instance,
                            rpc_port_h *port) {
   const auto stub = find(h);
-  if (!stub || !instance || !port || !rpc::isPortType(type)) {
+  if (stub == nullptr || instance == nullptr || port == nullptr || !rpc::isPortType(type)) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   rpc_port_h found = stub->port(type, instance);
-  if (!found) {
+  if (found == nullptr) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   *port = found;

@@ -9,11 +9,9 @@ namespace platform::rpc_port {
 template <typename Signature>
 class Callback;
 
-/**
- * @brief A member function and the object that it is called on.
- * @details The form in which a part of the transport calls back the part that uses it. Two
- * pointers, so it is copied and called without allocating; the object must outlive it.
- */
+/// A member function and the object that it is called on. The form in which a part of the transport
+/// calls back the part that uses it. Two pointers, so it is copied and called without allocating;
+/// the object must outlive it.
 template <typename Result, typename... Arguments>
 class Callback<Result(Arguments...)> {
 public:

@@ -6,7 +6,7 @@
 
 namespace platform::rpc_port {
 
-/// The end of a wait that may take no longer than so many seconds.
+/// A point in time that bounds a wait.
 class Deadline {
 public:
   explicit Deadline(double seconds) : _end(Clock::now() + toDuration(seconds)) {}

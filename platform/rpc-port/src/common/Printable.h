@@ -7,12 +7,10 @@
 
 namespace platform::rpc_port {
 
-/**
- * @brief A text for a log message, with `\x1b` in place of a byte that is not printable ASCII.
- * @details Names and paths come from other processes and from the environment; an escape sequence
- *          in one of them must not reach the terminal that shows the log. Allocates nothing, since
- *          a lack of memory is logged too; a longer text is cut.
- */
+/// A text for a log message, with `\x1b` in place of a byte that is not printable ASCII. Names and
+/// paths come from other processes and from the environment; an escape sequence in one of them must
+/// not reach the terminal that shows the log. Allocates nothing, since a lack of memory is logged
+/// too; a longer text is cut.
 class Printable {
 public:
   explicit Printable(std::string_view text);

@@ -6,7 +6,8 @@
 
 namespace platform::rpc_port {
 
-/// Does something when a block is left, also when an application's handler has thrown.
+/// A scope guard: runs an action when the block is left, also by an exception of an application's
+/// handler.
 template <typename Action>
 class ScopeExit {
 public:

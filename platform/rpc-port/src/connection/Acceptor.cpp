@@ -14,9 +14,11 @@
 namespace platform::rpc_port {
 
 Acceptor::Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby)
-    : _socket(std::move(socket)), _lobby(lobby), _watch(*this),
-      _pause(&Acceptor::onPauseOver, this), _port(LocalPort::IsAt::to<&Acceptor::isAt>(*this),
-                                                  Callback<void()>::to<&Acceptor::serve>(*this)) {}
+    : _socket(std::move(socket)), _lobby(lobby),
+      _watch(FdWatch::Ready::to<&Acceptor::onConnecting>(*this)),
+      _pause(Callback<void()>::to<&Acceptor::onPauseOver>(*this)),
+      _port(LocalPort::IsAt::to<&Acceptor::isAt>(*this),
+            Callback<void()>::to<&Acceptor::serve>(*this)) {}
 
 bool Acceptor::start() {
   return _watch.start(_socket->descriptor(), true, false);
@@ -31,7 +33,7 @@ void Acceptor::serve() {
   _lobby.receiveHellos(); // The last step: a handler may destroy the stub.
 }
 
-void Acceptor::descriptorReady(FdWatch::Events /*events*/) {
+void Acceptor::onConnecting(FdWatch::Events /*events*/) {
   acceptWaiting();
 }
 
@@ -69,7 +71,7 @@ bool Acceptor::isWaiting() const {
   return poll(&entry, 1, 0) == 1;
 }
 
-/// The socket stays readable: if it were still watched, it would keep the loop busy.
+/// The socket stays readable; watching it during the pause would keep the loop busy.
 void Acceptor::pause(const char *reason) {
   if (!std::exchange(_isShort, true)) {
     dlog_print(DLOG_WARN, kLogTag, "new connections have to wait: %s", reason);
@@ -78,8 +80,8 @@ void Acceptor::pause(const char *reason) {
   _watch.update(!_pause.isRunning(), false); // Without a timer, only the loop can look again.
 }
 
-void Acceptor::onPauseOver(void *data) {
-  static_cast<Acceptor *>(data)->_watch.update(true, false);
+void Acceptor::onPauseOver() {
+  _watch.update(true, false);
 }
 
 } // namespace platform::rpc_port

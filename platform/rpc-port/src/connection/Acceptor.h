@@ -14,7 +14,7 @@
 namespace platform::rpc_port {
 
 /// Accepts what connects to a stub, and pauses while descriptors or memory are short.
-class Acceptor final : private FdWatch::Target {
+class Acceptor final {
 public:
   Acceptor(std::unique_ptr<ListeningSocket> socket, Lobby &lobby);
   Acceptor(const Acceptor &) = delete;
@@ -23,8 +23,8 @@ public:
   bool start();
 
 private:
-  static void onPauseOver(void *data);
-  void descriptorReady(FdWatch::Events events) override;
+  void onPauseOver();
+  void onConnecting(FdWatch::Events events);
   bool isAt(const std::string &appId, const std::string &port) const;
   void serve();
   void acceptWaiting();

@@ -32,7 +32,8 @@ ssize_t receiveInto(int socket, FrameReader::Space space) {
 } // namespace
 
 Channel::Channel(Descriptor socket, FrameKind greeting)
-    : _socket(std::move(socket)), _watch(*this), _reader(greeting) {
+    : _socket(std::move(socket)), _watch(FdWatch::Ready::to<&Channel::onReady>(*this)),
+      _reader(greeting) {
   (void)setsockopt(_socket.get(), SOL_SOCKET, SO_SNDBUF, &kSocketBuffer, sizeof kSocketBuffer);
 }
 
@@ -51,11 +52,11 @@ void Channel::setReading(bool reading) {
   updateWatch();
 }
 
-void Channel::descriptorReady(FdWatch::Events events) {
+void Channel::onReady(FdWatch::Events events) {
   (*_listener)(*this, events);
 }
 
-/// One call for everything that fits into the buffer: a short count says that nothing is left.
+/// Usually one system call: a short count means that nothing is left.
 Channel::Input Channel::receive() try {
   for (std::size_t total = 0; !_end && total < kBytesPerTurn;) {
     const FrameReader::Space space = _reader.space();

@@ -15,7 +15,7 @@
 namespace platform::rpc_port {
 
 /// One of the two sockets of a connection: frames in, frames out, without ever blocking.
-class Channel final : private FdWatch::Target {
+class Channel final {
 public:
   /// Called when the loop saw something. It may destroy the channel.
   using Listener = Callback<void(Channel &channel, FdWatch::Events events)>;
@@ -34,7 +34,8 @@ public:
   bool attach(Listener listener, bool reading);
   /// Leaves the loop, which would otherwise report a hang-up again and again.
   void detach() { _watch.stop(); }
-  /// Whether input wakes the loop. A hang-up always does, as does room for what has to be sent.
+  /// Whether the loop watches for input. It always watches for a hang-up, and for room while
+  /// messages are queued.
   void setReading(bool reading);
 
   Input receive();
@@ -43,10 +44,8 @@ public:
   /// @return false when the peer takes nothing any more.
   bool flush();
 
-  /**
-   * @brief Waits until there is input, and meanwhile sends what is to be sent.
-   * @return false when `seconds` are over.
-   */
+  /// Waits until there is input, and meanwhile flushes the queue.
+  /// @return false when `seconds` are over.
   bool waitForInput(double seconds);
 
   /// Whether the peer has closed its socket, rather than finished sending on it.
@@ -59,7 +58,7 @@ public:
   int descriptor() const { return _socket.get(); }
 
 private:
-  void descriptorReady(FdWatch::Events events) override;
+  void onReady(FdWatch::Events events);
   bool takeIn(std::size_t size);
   void updateWatch() { _watch.update(_isReading, !_queue.empty()); }
 

@@ -18,7 +18,8 @@ Connection::Connection(ConnectionHandlers handlers, Peer peer, ConnectionEnds en
     : _handlers(std::move(handlers)),
       _peer(std::move(peer)), _lines{{{std::move(ends.main), watchesMain},
                                       {std::move(ends.callback), true}}},
-      _turn(&Connection::onTurn, this), _lonePort(&Connection::onLonePortIdle, this) {}
+      _turn(Callback<void()>::to<&Connection::onTurn>(*this)),
+      _lonePort(Callback<void()>::to<&Connection::onLonePortIdle>(*this)) {}
 
 bool Connection::open() try {
   for (const auto type : {RPC_PORT_PORT_MAIN, RPC_PORT_PORT_CALLBACK}) {
@@ -63,12 +64,12 @@ void Connection::channelReady(Channel &channel, FdWatch::Events events) {
   takeTurn();
 }
 
-void Connection::onTurn(void *data) {
-  const auto self = static_cast<Connection *>(data)->shared_from_this();
-  self->takeTurn();
+void Connection::onTurn() {
+  const auto self = shared_from_this();
+  takeTurn();
 }
 
-/// One turn's share of this connection. Afterwards an event or a planned turn leads on.
+/// Serves this connection in one turn of the loop, and plans the next turn if there is more to do.
 void Connection::takeTurn() {
   const auto owner = _handlers.owner.lock();
   if (_state == State::Closed || owner == nullptr) {
@@ -152,7 +153,7 @@ bool Connection::isOver() const {
                         [](const Line &line) { return line.isExhausted(); });
 }
 
-/// Makes the loop come back if, and only if, there is something to do.
+/// Plans a turn, and watches for input, if and only if there is something to do.
 void Connection::planNext() {
   if (_state == State::Closed) {
     return;
@@ -183,8 +184,8 @@ bool Connection::needsTurn() const {
   });
 }
 
-/// The end of one port alone, of which the peer learns by the end of that socket's stream. A peer
-/// that closes a socket has ended the connection.
+/// Ends one port. The peer learns of it by the end of that socket's stream; closing the socket
+/// would end the whole connection.
 void Connection::endLine(Line &line, End by) {
   if (line.end != End::None || (_state != State::Open && _state != State::Draining)) {
     return;
@@ -210,7 +211,8 @@ void Connection::endLine(Line &line, End by) {
   _turn.plan();
 }
 
-/// The other port goes on while it is used; a peer that does not react must not keep it for ever.
+/// Keeps the connection while its other port is used; a peer that never reacts must not keep it for
+/// ever.
 void Connection::waitForOtherPort() {
   _isUsed = false;
   _lonePort.start(kLonePortSeconds);
@@ -219,16 +221,15 @@ void Connection::waitForOtherPort() {
   }
 }
 
-void Connection::onLonePortIdle(void *data) {
-  auto *connection = static_cast<Connection *>(data);
-  if (connection->_isUsed) {
-    connection->waitForOtherPort();
+void Connection::onLonePortIdle() {
+  if (_isUsed) {
+    waitForOtherPort();
   } else {
-    connection->drain();
+    drain();
   }
 }
 
-/// Both ports have ended, or have to. What has arrived is still handed out.
+/// Ends the connection after what has arrived has been handed out.
 void Connection::drain() {
   if (_state != State::Open) {
     return;
@@ -245,7 +246,8 @@ void Connection::drain() {
   _turn.plan();
 }
 
-/// Ends both ports. The owner is told in a later turn, never from inside the call that ends them.
+/// Ends the connection at once. The owner is told in a later turn, never from inside the call that
+/// ended it.
 void Connection::end() {
   if (_state != State::Open && _state != State::Draining) {
     return;
@@ -288,7 +290,8 @@ int Connection::send(rpc_port_port_type_e type, OutgoingMessage &message) {
   return RPC_PORT_ERROR_IO_ERROR;
 }
 
-/// A handler may run a loop of its own, for which the end of its turn comes too late to plan.
+/// Called by a handler that may then run a nested loop: the end of the current turn would plan too
+/// late.
 void Connection::hasTaken(Line &line) {
   _isUsed = true;
   if (!line.isWatched) {
@@ -330,10 +333,8 @@ int Connection::readRaw(rpc_port_port_type_e type, unsigned char *bytes, std::si
   return RPC_PORT_ERROR_NONE;
 }
 
-/**
- * Receives until the condition holds, or cannot hold any more. A port that raises events does not
- * wait; a proxy's main port, which the loop does not watch, waits a bounded time for the reply.
- */
+/// Receives until the condition holds, or cannot hold any more. A port that raises events does not
+/// wait; a proxy's main port, which the loop does not watch, waits a bounded time for the reply.
 template <typename Condition>
 bool Connection::await(Line &line, Condition isThere) {
   if (_state == State::Ending || _state == State::Closed) {

@@ -18,7 +18,7 @@ namespace platform::rpc_port {
 
 class Connection;
 
-/// The part of the stub or proxy that owns a connection. Called by the loop, never from inside a
+/// Callbacks of the stub or proxy that owns a connection. Called from the loop, never from inside a
 /// call of a port's function.
 struct ConnectionHandlers {
   std::weak_ptr<void> owner; ///< Kept alive during a call.
@@ -30,7 +30,7 @@ struct ConnectionHandlers {
   Callback<void(Connection &connection)> ended;
 };
 
-/// Whom a connection leads to, and by which names the application's handlers know it.
+/// The other side of a connection, in the names that the application's handlers are given.
 struct Peer {
   std::string application; ///< The other side's app id.
   std::string instance;    ///< The connection's own name.
@@ -43,11 +43,9 @@ struct ConnectionEnds {
   std::unique_ptr<Channel> callback;
 };
 
-/**
- * @brief The two ports of an established connection, and the events that come from them.
- * @details Alive as long as its owner or a running call of a handler holds it. Handlers may do
- *          anything, so the state is looked at anew after each call of one.
- */
+/// The two ports of an established connection, and the events that come from them. Alive as long as
+/// its owner or a running call of a handler holds it. Handlers may do anything, so the state is
+/// looked at anew after each call of one.
 class Connection final : public std::enable_shared_from_this<Connection> {
 public:
   /// README.md draws how these follow each other.
@@ -71,7 +69,7 @@ public:
   /// Announces, in a later turn, messages that arrived during the handshake or before the first
   /// receiver was added.
   void announceWaiting();
-  /// Ends it without telling the owner, who is going.
+  /// Closes the connection without telling the owner.
   void close();
 
   const Peer &peer() const { return _peer; }
@@ -92,7 +90,7 @@ private:
   /// Who has ended a port.
   enum class End { None, Here, Peer };
 
-  /// One port: its socket and what is known of it.
+  /// The state of one port.
   struct Line {
     std::unique_ptr<Channel> channel;
     bool isWatched;
@@ -109,8 +107,8 @@ private:
     bool isExhausted() const { return !isWatched || (channel->inbox().empty() && !hasMore()); }
   };
 
-  static void onTurn(void *data);
-  static void onLonePortIdle(void *data);
+  void onTurn();
+  void onLonePortIdle();
   void channelReady(Channel &channel, FdWatch::Events events);
   void takeTurn();
   Channel::Input receive(Line &line);

@@ -19,12 +19,13 @@ namespace platform::rpc_port {
 
 Dialer::Dialer(Done done, Peer peer)
     : _done(done), _peer(std::move(peer)), _sender(ownSenderName()), _error(RPC_PORT_ERROR_NONE),
-      _retry(&Dialer::onRetry, this), _timeout(&Dialer::onTimeout, this),
-      _outcome(&Dialer::onOutcome, this) {}
+      _retry(Callback<void()>::to<&Dialer::onRetry>(*this)),
+      _timeout(Callback<void()>::to<&Dialer::onTimeout>(*this)),
+      _outcome(Callback<void()>::to<&Dialer::onOutcome>(*this)) {}
 
 void Dialer::start() {
   _timeout.start(kWelcomeSeconds);
-  onRetry(this);
+  onRetry();
 }
 
 void Dialer::cancel() {
@@ -42,39 +43,36 @@ ConnectionEnds Dialer::takeEnds() {
           std::move(_lines[RPC_PORT_PORT_CALLBACK].channel)};
 }
 
-void Dialer::onRetry(void *data) {
-  auto *dialer = static_cast<Dialer *>(data);
-  dialer->attempt();
-  if (dialer->_state == State::Connecting) {
-    dialer->_retry.start(kRetrySeconds);
-  } else if (dialer->_state == State::Waiting) {
-    dialer->watchForWelcome();
+void Dialer::onRetry() {
+  attempt();
+  if (_state == State::Connecting) {
+    _retry.start(kRetrySeconds);
+  } else if (_state == State::Waiting) {
+    watchForWelcome();
   }
-  if (dialer->_state == State::Failed) {
-    dialer->_outcome.plan();
+  if (_state == State::Failed) {
+    _outcome.plan();
   }
 }
 
-void Dialer::onTimeout(void *data) {
-  auto *dialer = static_cast<Dialer *>(data);
-  dialer->_retry.stop();
-  for (Line &line : dialer->_lines) {
-    if (dialer->_state == State::Waiting) {
-      dialer->receive(line); // The loop may have been held up, with the welcome there already.
+void Dialer::onTimeout() {
+  _retry.stop();
+  for (Line &line : _lines) {
+    if (_state == State::Waiting) {
+      receive(line); // The loop may have been held up, and the welcome may be there already.
     }
   }
-  if (!dialer->isDone()) {
-    dlog_print(DLOG_WARN, kLogTag, "%s/%s does not answer",
-               Printable(dialer->_peer.application).text(),
-               Printable(dialer->_peer.portName).text());
-    dialer->fail(RPC_PORT_ERROR_IO_ERROR);
+  if (!isDone()) {
+    dlog_print(DLOG_WARN, kLogTag, "%s/%s does not answer", Printable(_peer.application).text(),
+               Printable(_peer.portName).text());
+    fail(RPC_PORT_ERROR_IO_ERROR);
   }
-  dialer->_outcome.plan();
+  _outcome.plan();
 }
 
-void Dialer::onOutcome(void *data) {
-  const auto self = static_cast<Dialer *>(data)->shared_from_this();
-  self->_done(*self);
+void Dialer::onOutcome() {
+  const auto self = shared_from_this();
+  _done(*this);
 }
 
 void Dialer::attempt() try { openLines(); } catch (const std::bad_alloc &) {
@@ -149,7 +147,7 @@ void Dialer::channelReady(Channel &channel, FdWatch::Events /*events*/) {
   }
 }
 
-/// A welcome counts also when the stub has gone since: the connection then ends in its own way.
+/// A welcome counts even if the stub has closed since: the new connection then ends like any other.
 void Dialer::receive(Line &line) {
   const Channel::Input input = line.isWelcomed ? Channel::Input::Drained : line.channel->receive();
   const bool hasEnded = input == Channel::Input::Closed || input == Channel::Input::Invalid;
@@ -190,7 +188,8 @@ int Dialer::wait() {
   return _error;
 }
 
-/// On one line after the other: both welcomes have to come anyway, and a refusal closes both.
+/// Waits on one line after the other: both welcomes have to come, and a refusal closes both
+/// sockets.
 void Dialer::waitForWelcome(double seconds) {
   Line &line = _lines[RPC_PORT_PORT_MAIN].isWelcomed ? _lines[RPC_PORT_PORT_CALLBACK]
                                                      : _lines[RPC_PORT_PORT_MAIN];

@@ -46,9 +46,9 @@ private:
     bool isWelcomed = false;
   };
 
-  static void onRetry(void *data);
-  static void onTimeout(void *data);
-  static void onOutcome(void *data);
+  void onRetry();
+  void onTimeout();
+  void onOutcome();
   void channelReady(Channel &channel, FdWatch::Events events);
   void attempt();
   void openLines();

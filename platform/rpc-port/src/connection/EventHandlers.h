@@ -7,17 +7,15 @@
 
 namespace platform::rpc_port {
 
-/// The application's handlers of one event, in the order in which they were added.
+/// The handlers that the application has added for one event, in that order.
 template <typename Callback>
 class EventHandlers {
 public:
   void add(Callback callback, void *userData) { _handlers.push_back({callback, userData}); }
   bool empty() const { return _handlers.empty(); }
 
-  /**
-   * @brief Calls `call(callback, userData)` for each until one of the calls returns false.
-   * @details A handler may add others: the list is read anew for each call.
-   */
+  /// Calls `call(callback, userData)` for each handler until a call returns false. A handler may
+  /// add others: they are called too.
   template <typename Call>
   void each(Call call) const {
     for (std::size_t i = 0; i < _handlers.size(); ++i) {

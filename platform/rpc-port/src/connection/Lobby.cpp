@@ -28,7 +28,8 @@ std::optional<pid_t> findPeer(int socket) {
 } // namespace
 
 Lobby::Lobby(Handlers handlers, double sweepSeconds)
-    : _handlers(handlers), _sweepSeconds(sweepSeconds), _sweep(&Lobby::onSweep, this) {}
+    : _handlers(handlers), _sweepSeconds(sweepSeconds),
+      _sweep(Callback<void()>::to<&Lobby::sweep>(*this)) {}
 
 void Lobby::add(Descriptor socket) try {
   const std::optional<pid_t> process = findPeer(socket.get());
@@ -174,14 +175,8 @@ void Lobby::remove(Guests::iterator guest) {
   }
 }
 
-void Lobby::onSweep(void *data) {
-  static_cast<Lobby *>(data)->sweep();
-}
-
-/**
- * A guest is refused by its second sweep, not its first: a loop that was held up serves its timers
- * before its sockets, but between two sweeps it has looked at the sockets.
- */
+/// A guest is refused by its second sweep, not its first: a loop that was held up serves its timers
+/// before its sockets, but between two sweeps it has looked at the sockets.
 void Lobby::sweep() {
   for (Guest &guest : _guests) {
     ++guest.sweeps;

@@ -14,15 +14,12 @@
 
 namespace platform::rpc_port {
 
-/**
- * @brief The accepted sockets of a stub, until both sockets of a connection have said hello.
- * @details A guest is refused when it is of another user, sends no proper hello, names an instance
- *          that is taken, or its second socket does not come in time: its socket is closed, and the
- *          log says why.
- */
+/// The accepted sockets of a stub, until both sockets of a connection have said hello. A guest is
+/// refused when it is of another user, sends no proper hello, names an instance that is taken, or
+/// its second socket does not come in time: its socket is closed, and the log says why.
 class Lobby final : public std::enable_shared_from_this<Lobby> {
 public:
-  /// The stub's part.
+  /// Callbacks of the stub.
   struct Handlers {
     Callback<bool(const std::string &instance)> isInstanceInUse;
     /// Both sockets of a connection are in. May destroy the lobby.
@@ -32,7 +29,7 @@ public:
   explicit Lobby(Handlers handlers, double sweepSeconds = kSweepSeconds);
 
   void add(Descriptor socket);
-  /// Looks at every guest without a hello, as the loop would.
+  /// Receives from every guest without a hello, as the loop would.
   void receiveHellos();
   /// Closes all guests' sockets.
   void close();
@@ -48,7 +45,6 @@ private:
   };
   using Guests = std::vector<Guest>;
 
-  static void onSweep(void *data);
   void addGuest(Descriptor socket, pid_t process);
   Guests::iterator find(const Channel &channel);
   void channelReady(Channel &channel, FdWatch::Events events);

@@ -46,7 +46,7 @@ int Proxy::connectSync(const std::string &appId, const std::string &portName,
     return RPC_PORT_ERROR_IO_ERROR; // By a handler of a stub in this process.
   }
   connection = establish(*dialer);
-  return connection ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_IO_ERROR;
+  return connection != nullptr ? RPC_PORT_ERROR_NONE : RPC_PORT_ERROR_IO_ERROR;
 }
 
 void Proxy::destroy() {
@@ -117,7 +117,7 @@ void Proxy::dialed(Dialer &dialer) {
   if (dialer.state() == Dialer::State::Welcomed) {
     connection = establish(dialer);
   }
-  if (connection) {
+  if (connection != nullptr) {
     raiseConnected(*connection);
     return;
   }

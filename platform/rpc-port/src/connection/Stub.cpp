@@ -29,7 +29,7 @@ bool Stub::listen() try {
     return false;
   }
   std::unique_ptr<ListeningSocket> socket = ListeningSocket::open(appId, _portName);
-  if (!socket) {
+  if (socket == nullptr) {
     return false;
   }
   auto lobby = std::make_shared<Lobby>(
@@ -49,7 +49,7 @@ bool Stub::listen() try {
 
 /// @return Why this process cannot listen as `appId`, or an empty text.
 std::string Stub::findFault(const std::string &appId) const {
-  if (_acceptor) {
+  if (_acceptor != nullptr) {
     return "this stub listens already";
   }
   if (!EcoreUse::isReady()) {
@@ -68,7 +68,7 @@ std::string Stub::findFault(const std::string &appId) const {
 void Stub::destroy() {
   _isDestroyed = true;
   _acceptor.reset();
-  if (_lobby) {
+  if (_lobby != nullptr) {
     _lobby->close();
   }
   for (const auto &entry : std::exchange(_connections, {})) {

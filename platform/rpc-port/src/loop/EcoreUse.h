@@ -4,13 +4,10 @@
 
 namespace platform::rpc_port {
 
-/**
- * @brief Keeps Ecore initialised as long as a stub or a proxy lives.
- * @details Ecore deadlocks on a timer added before ecore_init() and crashes on one added after the
- *          last ecore_shutdown(); an application need not get that order right. The last user
- *          shuts down what it initialised, except from inside the loop: Ecore would pull the
- *          ground from under its own feet, and keeping it costs nothing.
- */
+/// Keeps Ecore initialised as long as a stub or a proxy lives. Ecore deadlocks on a timer added
+/// before ecore_init() and crashes on one added after the last ecore_shutdown(); this frees
+/// applications of that order. The last user shuts Ecore down, except from inside the loop, which
+/// would crash; leaving it initialised costs nothing.
 class EcoreUse {
 public:
   EcoreUse();

@@ -23,9 +23,9 @@ bool FdWatch::start(int descriptor, bool reading, bool writing) {
   _flags = toFlags(reading, writing);
   _handler =
       ecore_main_fd_handler_add(descriptor, _flags, &FdWatch::onReady, this, nullptr, nullptr);
-  if (!_handler) {
+  if (_handler == nullptr) {
     dlog_print(DLOG_ERROR, kLogTag,
-               "Ecore does not watch descriptor %d: ports belong to the main loop's thread",
+               "Ecore does not watch descriptor %d: use ports on the main loop's thread only",
                descriptor);
     return false;
   }
@@ -36,7 +36,7 @@ bool FdWatch::start(int descriptor, bool reading, bool writing) {
 
 void FdWatch::update(bool reading, bool writing) {
   const Ecore_Fd_Handler_Flags flags = toFlags(reading, writing);
-  if (!_handler || flags == _flags) {
+  if (_handler == nullptr || flags == _flags) {
     return;
   }
   _flags = flags;
@@ -45,7 +45,7 @@ void FdWatch::update(bool reading, bool writing) {
 }
 
 void FdWatch::stop() {
-  if (_handler) {
+  if (_handler != nullptr) {
     ecore_main_fd_handler_del(_handler);
     _handler = nullptr;
     running.remove(*this);
@@ -65,15 +65,14 @@ Eina_Bool FdWatch::onReady(void *data, Ecore_Fd_Handler *handler) {
   };
   const Events events{isActive(ECORE_FD_READ), isActive(ECORE_FD_WRITE), isActive(ECORE_FD_ERROR)};
 
-  static_cast<FdWatch *>(data)->_target.descriptorReady(events);
-  // A watch that was stopped meanwhile is deleted already; Ecore takes this as it should.
+  static_cast<FdWatch *>(data)->_ready(events);
+  // Ecore ignores this result for a handler that was deleted during the call.
   return ECORE_CALLBACK_RENEW;
 }
 
-void FdWatch::onPolled(void *data, int events) {
+void FdWatch::onPolled(int events) {
   const bool hasGone = (events & (POLLHUP | POLLERR | POLLNVAL)) != 0;
-  static_cast<FdWatch *>(data)->_target.descriptorReady(
-      {hasGone || (events & POLLIN) != 0, hasGone || (events & POLLOUT) != 0, hasGone});
+  _ready({hasGone || (events & POLLIN) != 0, hasGone || (events & POLLOUT) != 0, hasGone});
 }
 
 Ecore_Fd_Handler_Flags FdWatch::toFlags(bool reading, bool writing) {

@@ -40,7 +40,7 @@ struct GLibSource::Source {
   bool isReady() const { return isDelay() ? secondsLeft() <= 0 : polled.revents != 0; }
 };
 
-/// What GLib calls.
+/// The functions that GLib calls.
 struct SourceCalls {
   static GLibSource::Source &of(GSource *source) {
     return *reinterpret_cast<GLibSource::Source *>(source);
@@ -67,7 +67,7 @@ struct SourceCalls {
     // In a forked child, this stops the parent's sources.
     EcoreUse::leaveParent();
     if (GLibSource *owner = self.owner) {
-      owner->_function(owner->_data, self.polled.revents);
+      owner->_function(self.polled.revents);
     }
     return G_SOURCE_CONTINUE;
   }

@@ -2,22 +2,20 @@
 #ifndef PLATFORM_RPC_PORT_LOOP_GLIB_SOURCE_H
 #define PLATFORM_RPC_PORT_LOOP_GLIB_SOURCE_H
 
-#include <sys/types.h>
+#include "common/Callback.h"
 
 namespace platform::rpc_port {
 
-/**
- * @brief Serves a descriptor or a delay when the application runs a GMainLoop instead of Ecore's.
- * @details Beside the same registration with Ecore: a source of GLib's default context, which keeps
- *          quiet while Ecore polls that context, and on threads other than the one that started it.
- *          In a process that has not loaded GLib it does nothing.
- */
+/// Serves a descriptor or a delay when the application runs a GMainLoop instead of Ecore's. Beside
+/// the same registration with Ecore: a source of GLib's default context, which keeps quiet while
+/// Ecore polls that context, and on threads other than the one that started it. In a process that
+/// has not loaded GLib it does nothing.
 class GLibSource {
 public:
-  /// What is called, with poll()'s events; 0 for a delay. It may stop or destroy the source.
-  using Function = void (*)(void *data, int events);
+  /// Called with poll()'s events, or 0 for a delay. It may stop or destroy the source.
+  using Function = Callback<void(int events)>;
 
-  GLibSource(Function function, void *data) : _function(function), _data(data) {}
+  explicit GLibSource(Function function) : _function(function) {}
   ~GLibSource() { stop(); }
   GLibSource(const GLibSource &) = delete;
   GLibSource &operator=(const GLibSource &) = delete;
@@ -37,7 +35,6 @@ private:
   void start(int descriptor, int events, double seconds);
 
   Function _function;
-  void *_data;
   Source *_source = nullptr;
 };
 

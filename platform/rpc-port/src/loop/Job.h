@@ -2,22 +2,19 @@
 #ifndef PLATFORM_RPC_PORT_LOOP_JOB_H
 #define PLATFORM_RPC_PORT_LOOP_JOB_H
 
+#include "common/Callback.h"
 #include "common/LinkedList.h"
 
 namespace platform::rpc_port {
 
-/**
- * @brief Something to do in a later turn of the loop, once however often it is planned until then.
- * @details Not an Ecore_Job: when a C++ exception passes through one of those, Ecore runs no other
- *          for the rest of the process. File descriptor handlers stand it, and these jobs are run
- *          by one.
- */
+/// A deferred call: planned, it is made in a later turn of the loop, once however often it is
+/// planned until then. Not an Ecore_Job: when a C++ exception passes through one of those, Ecore
+/// runs no other for the rest of the process. A descriptor handler, which makes these calls,
+/// survives it.
 class Job : public Linked<Job> {
 public:
-  /// What is called. It may destroy the job from inside the call.
-  using Function = void (*)(void *data);
-
-  Job(Function function, void *data) : _function(function), _data(data) {}
+  /// @param call May destroy the job.
+  explicit Job(Callback<void()> call) : _call(call) {}
   ~Job() { cancel(); }
   Job(const Job &) = delete;
   Job &operator=(const Job &) = delete;
@@ -28,8 +25,7 @@ public:
 private:
   friend class JobQueue;
 
-  Function _function;
-  void *_data;
+  Callback<void()> _call;
   bool _isPlanned = false;
 };
 

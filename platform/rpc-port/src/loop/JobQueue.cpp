@@ -58,8 +58,8 @@ void JobQueue::remove(Job &job) {
   job._isPlanned = false;
 }
 
-/// Runs what was planned up to now; what the jobs plan is for another turn.
-void JobQueue::descriptorReady(FdWatch::Events /*events*/) {
+/// Runs what was planned up to now; what the jobs plan runs in another turn.
+void JobQueue::runPlanned(FdWatch::Events /*events*/) {
   std::uint64_t count = 0;
   (void)!read(_event.get(), &count, sizeof count);
   _isSignalled = false;
@@ -69,7 +69,7 @@ void JobQueue::descriptorReady(FdWatch::Events /*events*/) {
     if (_count > 0) {
       signal(); // Before the call: the job may throw, or run a loop of its own.
     }
-    job._function(job._data);
+    job._call();
   }
 }
 

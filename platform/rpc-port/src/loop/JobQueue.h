@@ -10,23 +10,23 @@
 
 namespace platform::rpc_port {
 
-/// The planned jobs of the process, and the event descriptor that tells the loop of them.
-class JobQueue final : private FdWatch::Target {
+/// The planned jobs of the process, and the event descriptor that wakes the loop for them.
+class JobQueue final {
 public:
   static JobQueue &get();
 
-  /// Joins the loop; Ecore is there. @return Success.
+  /// Joins the loop; Ecore is initialised. @return Success.
   bool open();
   void close();
-  /// Joins the loop of a forked child, where what its parent has planned is not done.
+  /// Joins the loop of a forked child, and drops what its parent has planned.
   bool reopen();
 
   void add(Job &job);
   void remove(Job &job);
 
 private:
-  JobQueue() : _watch(*this) {}
-  void descriptorReady(FdWatch::Events events) override;
+  JobQueue() : _watch(FdWatch::Ready::to<&JobQueue::runPlanned>(*this)) {}
+  void runPlanned(FdWatch::Events events);
   void signal();
 
   Descriptor _event;

@@ -12,14 +12,14 @@ LinkedList<Timer> running;
 void Timer::start(double seconds) {
   stop();
   _timer = ecore_timer_add(seconds, &Timer::onExpired, this);
-  if (_timer) {
+  if (_timer != nullptr) {
     running.add(*this);
     _source.delay(seconds);
   }
 }
 
 void Timer::stop() {
-  if (_timer) {
+  if (_timer != nullptr) {
     ecore_timer_del(_timer);
     _timer = nullptr;
     running.remove(*this);
@@ -34,18 +34,21 @@ void Timer::stopAll() {
 }
 
 Eina_Bool Timer::onExpired(void *data) {
-  auto *timer = static_cast<Timer *>(data);
-  timer->_timer = nullptr;
-  running.remove(*timer);
-  timer->_source.stop();
-  timer->_function(timer->_data);
+  static_cast<Timer *>(data)->expire();
   return ECORE_CALLBACK_CANCEL;
 }
 
-void Timer::onDelayed(void *data, int /*events*/) {
-  auto *timer = static_cast<Timer *>(data);
-  timer->stop();
-  timer->_function(timer->_data);
+/// Returning ends Ecore's timer.
+void Timer::expire() {
+  _timer = nullptr;
+  running.remove(*this);
+  _source.stop();
+  _call();
+}
+
+void Timer::onDelayed(int /*events*/) {
+  stop();
+  _call();
 }
 
 } // namespace platform::rpc_port

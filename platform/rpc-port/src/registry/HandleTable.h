@@ -10,15 +10,14 @@
 
 namespace platform::rpc_port {
 
-/// What a handle stands for; part of its value, so that a stub's handle is no port's.
+/// The kind of object behind a handle; part of the handle's value, so that a stub's handle is never
+/// taken for a port's.
 enum class HandleKind : std::uintptr_t { Port = 1, Stub = 2, Proxy = 3 };
 
-/**
- * @brief Gives the application numbers that look like pointers, and finds the objects again.
- * @details The lower half of a handle holds the kind and the index of a slot, the upper half the
- *          slot's generation. A stale or invented handle is therefore found out instead of
- *          followed: applications keep a port's handle beyond the end of its connection.
- */
+/// Maps handles, which are numbers disguised as pointers, to objects. The lower half of a handle
+/// holds the kind and the index of a slot, the upper half the slot's generation, so a stale or
+/// invented handle is recognised instead of dereferenced: applications keep a port's handle beyond
+/// the end of its connection.
 template <typename Object, HandleKind Kind>
 class HandleTable {
 public:
@@ -39,8 +38,8 @@ public:
     return toHandle(index, _slots[index].generation) == handle ? &_slots[index].object : nullptr;
   }
 
-  /// Makes the handle stale for good, and returns its object. Allocates nothing: connections end
-  /// also without memory.
+  /// Makes the handle stale for good, and returns its object. Allocates nothing, so that
+  /// connections can end without memory.
   Object remove(void *handle) {
     if (!find(handle)) {
       return Object();

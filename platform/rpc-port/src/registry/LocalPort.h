@@ -9,11 +9,9 @@
 
 namespace platform::rpc_port {
 
-/**
- * @brief A port that a stub of this process listens on, registered as long as it lives.
- * @details A proxy that connects synchronously holds up the loop, and with it a stub of the same
- *          process, which it would wait for in vain: the proxy does the stub's work instead.
- */
+/// A listening port of this process, registered as long as it lives. A proxy that connects
+/// synchronously blocks the loop, and with it a stub of the same process, which would never answer:
+/// the proxy serves the stub's port itself.
 class LocalPort : public Linked<LocalPort> {
 public:
   /// Whether this is the port of that application and name.

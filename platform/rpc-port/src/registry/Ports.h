@@ -11,7 +11,7 @@ namespace platform::rpc_port {
 
 class Connection;
 
-/// What a port's handle stands for: one of the two directions' sockets of a live connection.
+/// The object behind an rpc_port_h: one port of a live connection.
 struct Port {
   std::shared_ptr<Connection> connection;
   rpc_port_port_type_e type = RPC_PORT_PORT_MAIN;

@@ -10,7 +10,7 @@
 
 namespace platform::rpc_port {
 
-/// All descriptors of the process that are open here. A fork can come from any thread: it locks.
+/// Every open Descriptor of the process. Locked, because any thread may fork.
 class DescriptorList {
 public:
   static DescriptorList &get() {
@@ -19,7 +19,7 @@ public:
     return *list;
   }
 
-  /// Held while a number changes hands, so that no fork finds it in neither.
+  /// Held while a number moves between two objects, so that a fork always finds it in one of them.
   std::mutex &mutex() { return _mutex; }
 
   void add(Descriptor &descriptor) { _open.add(descriptor); }

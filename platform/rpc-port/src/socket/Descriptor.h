@@ -6,12 +6,9 @@
 
 namespace platform::rpc_port {
 
-/**
- * @brief Owns a file descriptor, in this process only.
- * @details A child that was forked off closes its copies before it does anything else; otherwise a
- *          connection would outlive the application for as long as any child of it runs. In the
- *          child, every Descriptor is then empty.
- */
+/// Owns a file descriptor, in this process only. A forked child closes its copies before fork()
+/// returns, and every Descriptor is empty there; otherwise a connection would outlive the
+/// application for as long as any child of it runs.
 class Descriptor : public Linked<Descriptor> {
 public:
   Descriptor() : Descriptor(-1) {}

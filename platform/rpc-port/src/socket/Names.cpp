@@ -33,7 +33,7 @@ bool isPortName(std::string_view text) {
 
 std::string ownAppId() {
   char *id = nullptr;
-  if (app_get_id(&id) != APP_ERROR_NONE || !id) {
+  if (app_get_id(&id) != APP_ERROR_NONE || id == nullptr) {
     return {};
   }
   const std::unique_ptr<char, decltype(&std::free)> owned(id, &std::free);

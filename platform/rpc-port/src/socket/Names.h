@@ -7,7 +7,8 @@
 
 namespace platform::rpc_port {
 
-/// Application ids and port names become names in a file system; these cannot do harm there.
+/// Whether a text can be used as a file name: application ids and port names become directories and
+/// files.
 bool isAppId(std::string_view text);
 bool isPortName(std::string_view text);
 

@@ -22,13 +22,12 @@ namespace platform::rpc_port {
 
 namespace {
 
-/// Two stubs of one application that start at the same moment bind one after the other.
+/// How often the lock of the directory is tried, once a millisecond: another stub of the same
+/// application may be binding.
 constexpr int kLockAttempts = 100;
 
-/**
- * The address of a port in an open directory. Through the descriptor, the directory's path may be
- * of any length, and nothing can be put in its place between the checks and the use.
- */
+/// The address of a port in an open directory. Through the descriptor, the directory's path may be
+/// of any length, and nothing can be put in its place between the checks and the use.
 sockaddr_un addressOf(int directory, const std::string &port) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
@@ -111,7 +110,7 @@ ListeningSocket::~ListeningSocket() {
   }
 }
 
-/// Not in a forked child, where the socket is closed.
+/// False in a forked child, where the socket is closed.
 bool ListeningSocket::isOf(const std::string &appId, const std::string &port) const {
   return _socket && _appId == appId && _port == port;
 }
@@ -122,7 +121,8 @@ bool ListeningSocket::logFailure(const char *what, int number) const {
   return false;
 }
 
-/// Between finding a stale file and replacing it, no other stub may come to the same conclusion.
+/// The lock covers the check for a stale file and its replacement, so that two stubs cannot both
+/// replace it.
 bool ListeningSocket::bindAlone() {
   if (!lock(_directory.get())) {
     return logFailure("is locked by another process", EWOULDBLOCK);

@@ -10,13 +10,11 @@
 
 namespace platform::rpc_port {
 
-/// The socket on which a stub listens, and its file, which goes with it.
+/// The listening socket of a stub, and its file, which it removes when it is destroyed.
 class ListeningSocket {
 public:
-  /**
-   * @brief Begins to listen; a file that nobody listens on is replaced.
-   * @return The socket, or nullptr; the log says why.
-   */
+  /// Begins to listen; a file that nobody listens on is replaced.
+  /// @return The socket, or nullptr; the log says why.
   static std::unique_ptr<ListeningSocket> open(const std::string &appId, const std::string &port);
   ~ListeningSocket();
   ListeningSocket(const ListeningSocket &) = delete;
@@ -40,7 +38,7 @@ private:
   ino_t _inode = 0;
 };
 
-/// What came of an attempt to connect. Busy: the listener's backlog is full, try again later.
+/// The outcome of an attempt to connect. Busy: the listener's backlog is full; try again later.
 enum class ConnectOutcome { Connected, Busy, Failed };
 
 /// A socket connected to a port, or the reason why there is none.

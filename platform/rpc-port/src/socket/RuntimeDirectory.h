@@ -8,22 +8,19 @@
 
 namespace platform::rpc_port {
 
-/// Whether missing directories are made (a stub) or mean that nobody listens (a proxy).
+/// Listen creates missing directories; to Connect, a missing one means that nobody listens.
 enum class DirectoryUse { Listen, Connect };
 
-/// A directory, or the rpc_port_error_e that says why there is none.
+/// An open directory, or the rpc_port_error_e that says why there is none.
 struct OpenedDirectory {
   Descriptor descriptor;
   int error;
 };
 
-/**
- * @brief Opens the directory in which an application's ports lie.
- * @details `$XDG_RUNTIME_DIR/rpc-port/<app id>`, or `<temporary directory>/rpc-port-<uid>/<app id>`
- *          without that variable. Each step is taken from the directory before, never through a
- *          symbolic link, and only into directories that are the user's own and closed to others.
- *          Anything else is logged, with what to do about it, and refused.
- */
+/// Opens the directory of an application's ports: `$XDG_RUNTIME_DIR/rpc-port/<app id>`, or
+/// `<temporary directory>/rpc-port-<uid>/<app id>` without that variable. Each component is opened
+/// relative to the one before, without following symbolic links, and only if it is the user's own
+/// and closed to others. Anything else is refused, and the log says what to do about it.
 OpenedDirectory openPortDirectory(const std::string &appId, DirectoryUse use);
 
 } // namespace platform::rpc_port

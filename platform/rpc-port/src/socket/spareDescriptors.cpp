@@ -14,7 +14,8 @@ constexpr rlim_t kMostDescriptors = 1 << 20;
 
 } // namespace
 
-/// The kernel gives out the lowest free number, so the free ones are found at once from the top.
+/// Counts free numbers from the limit downwards: the kernel assigns the lowest free number, so the
+/// free ones are usually at the top.
 bool hasSpareDescriptors(int count) {
   rlimit limit = {};
   (void)getrlimit(RLIMIT_NOFILE, &limit);

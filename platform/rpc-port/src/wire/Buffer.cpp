@@ -13,12 +13,12 @@ namespace platform::rpc_port {
 
 namespace {
 
-/// What lies before the bytes. Parcels may be made and destroyed on any thread.
+/// Header in front of the bytes. Atomic, because parcels may be made and destroyed on any thread.
 struct alignas(std::max_align_t) Head {
   std::atomic<unsigned> holders;
 };
 
-/// Enough for a usual message, so that writing one field after the other allocates once.
+/// Initial capacity: enough for a usual message, so that writing its fields allocates once.
 constexpr std::size_t kSmallest = 240;
 
 Head *headOf(unsigned char *bytes) {
@@ -30,7 +30,7 @@ unsigned char *bytesOf(void *head) {
 }
 
 void *checked(void *memory) {
-  return memory ? memory : throw std::bad_alloc();
+  return memory != nullptr ? memory : throw std::bad_alloc();
 }
 
 SpareBlock<std::free> spare;
@@ -50,7 +50,7 @@ Buffer &Buffer::operator=(Buffer &&other) noexcept {
 
 Buffer Buffer::share() {
   Buffer other;
-  if (_bytes) {
+  if (_bytes != nullptr) {
     headOf(_bytes)->holders.fetch_add(1);
     // Without room, neither can write without passing through grow().
     _capacity = _size;
@@ -67,7 +67,7 @@ unsigned char *Buffer::extendByGrowing(std::size_t size) {
 
 void Buffer::grow(std::size_t capacity) {
   const std::size_t size = sizeof(Head) + capacity;
-  const bool isAlone = _bytes && headOf(_bytes)->holders.load() == 1;
+  const bool isAlone = _bytes != nullptr && headOf(_bytes)->holders.load() == 1;
   if (void *memory = spare.take(size)) {
     moveTo(memory);
   } else if (isAlone) {
@@ -80,7 +80,7 @@ void Buffer::grow(std::size_t capacity) {
 
 void Buffer::moveTo(void *memory) {
   unsigned char *const bytes = bytesOf(new (memory) Head{{1}});
-  if (_bytes) {
+  if (_bytes != nullptr) {
     std::memcpy(bytes, _bytes, _size);
     release();
   }
@@ -88,7 +88,7 @@ void Buffer::moveTo(void *memory) {
 }
 
 void Buffer::release() {
-  if (_bytes && headOf(_bytes)->holders.fetch_sub(1) == 1) {
+  if (_bytes != nullptr && headOf(_bytes)->holders.fetch_sub(1) == 1) {
     spare.release(headOf(_bytes), sizeof(Head) + _capacity);
   }
   _bytes = nullptr;

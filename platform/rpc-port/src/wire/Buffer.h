@@ -7,11 +7,8 @@
 
 namespace platform::rpc_port {
 
-/**
- * @brief Bytes that grow, and that two can hold without a copy.
- * @details On realloc() and not on a vector: new space is not cleared only to be overwritten, and
- *          megabytes move to a larger place by a change of the page table instead of a copy.
- */
+/// A growable copy-on-write byte buffer. It uses realloc() instead of a vector: new space is not
+/// zeroed, and large buffers grow by remapping pages instead of copying.
 class Buffer {
 public:
   Buffer() = default;
@@ -46,12 +43,12 @@ public:
     }
   }
 
-  /// Room behind the last byte, as far as it is reserved; take() makes bytes of what was put there.
+  /// The reserved room behind the last byte; take() appends what was written there.
   unsigned char *room() { return _bytes + _size; }
   std::size_t roomSize() const { return _capacity - _size; }
   void take(std::size_t size) { _size += size; }
 
-  /// Makes it as short as it was before a write that has failed.
+  /// Drops the bytes from `size` on, to undo a failed write.
   void truncate(std::size_t size) { _size = size; }
 
   /// @return A second holder of the same bytes. Who writes first gets a copy of its own.

@@ -12,7 +12,7 @@ namespace platform::rpc_port {
 
 namespace {
 
-/// All sockets are received from on the loop's thread, one after the other.
+/// The shared receive buffer: all sockets are read on the loop's thread, one after the other.
 std::array<unsigned char, kScratchSize> scratch;
 
 bool isPlausible(const FramePrefix &prefix) {
@@ -91,7 +91,7 @@ void FrameReader::takePayload(const unsigned char *&bytes, std::size_t &size) {
   size -= part;
 }
 
-/// Grows the payload's memory to twice what has arrived, so that a long frame moves seldom.
+/// Grows the payload geometrically with what has arrived, so that a long frame is seldom moved.
 void FrameReader::reserve(std::size_t arrived) {
   const std::size_t needed = _frame.payload.size() + arrived;
   if (arrived > _frame.payload.roomSize() || _frame.payload.roomSize() == 0) {

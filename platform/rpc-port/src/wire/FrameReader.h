@@ -10,12 +10,9 @@
 
 namespace platform::rpc_port {
 
-/**
- * @brief Puts frames together from the pieces in which a stream delivers them.
- * @details It says where the next bytes belong (space()) and is told how many came (take()); it
- *          receives nothing itself. Its memory follows what has arrived, never what a length
- *          claims. After a take() that returned false, it must not be used further.
- */
+/// Assembles frames from a byte stream. It receives nothing itself: space() says where to receive,
+/// take() is told how many bytes came. Memory is allocated for what has arrived, not for what a
+/// length claims. After take() has returned false, it must not be used further.
 class FrameReader {
 public:
   struct Space {
@@ -26,22 +23,16 @@ public:
   /// @param greeting What the first frame has to be, and no later one may be.
   explicit FrameReader(FrameKind greeting) : _greeting(greeting) {}
 
-  /**
-   * @brief Says where to receive.
-   * @details Usually into a buffer that all readers share; the missing rest of a long frame goes
-   *          straight to its place. Nothing but take() may happen between receiving and the next
-   *          reader's space(). @throw std::bad_alloc
-   */
+  /// The place to receive into: usually a buffer that all readers share, for the rest of a long
+  /// frame its own payload. Between receiving and take(), no other reader's space() may be called.
   Space space();
 
-  /**
-   * @brief Adds the frames that `size` more bytes have completed to `inbox`.
-   * @return false for bytes that are not of this protocol; the frames before them are added.
-   * @throw std::bad_alloc
-   */
+  /// Adds the frames that `size` more bytes have completed to `inbox`.
+  /// @return false for bytes that are not of this protocol; the frames before them are added.
+  /// @throw std::bad_alloc
   bool take(std::size_t size, Inbox &inbox);
 
-  /// Whether the greeting has arrived.
+  /// Whether the first frame, the greeting, has arrived.
   bool isGreeted() const { return _isGreeted; }
 
 private:

@@ -13,14 +13,12 @@
 
 namespace platform::rpc_port {
 
-/// The version of everything that travels. Peers of another version are refused.
+/// The protocol version. Peers of another version are refused.
 constexpr std::uint16_t kProtocolVersion = 1;
 
-/**
- * @brief How a proxy introduces each of the two sockets of a connection.
- * @details The instance ties the two together. The sender's id is a claim: within one user's
- *          processes there is nobody to attest it.
- */
+/// The first frame of the handshake: a proxy sends one on each of the two sockets of a connection.
+/// The instance ties the two together. The sender's id is only a claim; nothing attests it among
+/// the processes of one user.
 struct Hello {
   rpc_port_port_type_e portType;
   std::string instance;
@@ -39,7 +37,7 @@ constexpr std::size_t kHelloHeadSize = 12;
 static_assert(sizeof(HelloHead) == kHelloHeadSize, "the head travels as it lies in memory");
 constexpr std::size_t kMaxHello = kHelloHeadSize + kMaxInstance + kMaxAppId;
 
-/// The stub's answer: the magic number and the version.
+/// The stub's answer in the handshake: the magic number and the version.
 struct Welcome {
   std::uint32_t magic;
   std::uint32_t version;
@@ -53,7 +51,7 @@ std::optional<Hello> decodeHello(const Buffer &payload);
 Buffer encodeWelcome();
 bool isWelcome(const Buffer &payload);
 
-/// A name for a new connection that no other connection of any process has.
+/// @return A new, globally unique name for a connection.
 std::string makeInstance();
 
 } // namespace platform::rpc_port

@@ -11,14 +11,14 @@
 
 namespace platform::rpc_port {
 
-/// The frames of one socket that have arrived and that nobody has taken yet.
+/// The queue of received frames of one socket.
 class Inbox {
 public:
   bool empty() const { return _first == _frames.size(); }
   void push(Frame frame) { _frames.push_back(std::move(frame)); }
   Frame &front() { return _frames[_first]; }
 
-  /// The running number of the frame in front, or of the next one to come.
+  /// The sequence number of the frame in front, or of the next one to arrive.
   std::uint64_t frontNumber() const { return _taken; }
 
   Frame pop() {

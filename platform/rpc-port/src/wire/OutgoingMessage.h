@@ -10,7 +10,7 @@
 
 namespace platform::rpc_port {
 
-/// A frame on its way out, in pieces that lie where they were made: one system call sends them all.
+/// An outgoing frame as an iovec list: one system call sends its pieces, without copies.
 class OutgoingMessage {
 public:
   explicit OutgoingMessage(FrameKind kind) : _prefix{0, kind} {
@@ -19,13 +19,13 @@ public:
   OutgoingMessage(const OutgoingMessage &) = delete;
   OutgoingMessage &operator=(const OutgoingMessage &) = delete;
 
-  /// Adds a piece, which has to stay until the message is sent.
+  /// Adds a piece, which must stay valid until the message is sent.
   void add(const void *bytes, std::size_t size) {
     _parts[_count++] = {const_cast<void *>(bytes), size};
     _prefix.size += static_cast<std::uint32_t>(size);
   }
 
-  /// Adds the last piece; what of it cannot be sent at once is shared with `buffer`, not copied.
+  /// Adds the last piece. If it has to be queued, it is shared with `buffer` instead of copied.
   void addShared(Buffer &buffer, std::size_t from) {
     add(buffer.data() + from, buffer.size() - from);
     _shared = &buffer;
@@ -33,11 +33,11 @@ public:
 
   iovec *parts() { return _parts.data(); }
   std::size_t count() const { return _count; }
-  /// The buffer in whose end the last piece lies, or nullptr.
+  /// The buffer that the last piece is the end of, or nullptr.
   Buffer *shared() const { return _shared; }
   std::size_t size() const { return sizeof _prefix + _prefix.size; }
 
-  /// Takes from the front what has been sent.
+  /// Drops `size` bytes from the front, which have been sent.
   void skip(std::size_t size);
 
 private:

@@ -68,7 +68,7 @@ bool Parcel::writeBytes(const void *bytes, std::size_t size) {
   return true;
 }
 
-/// The length counts the NUL, which travels too: the reader can use the text where it lies.
+/// The length counts the NUL, which is sent too: the reader can use the text in place.
 bool Parcel::writeString(std::string_view text) {
   const std::size_t size = text.size() + 1;
   if (!hasRoomFor(sizeof(std::uint32_t) + size)) {
@@ -81,7 +81,7 @@ bool Parcel::writeString(std::string_view text) {
   return true;
 }
 
-/// Most bundles fit behind what is reserved anyway: then they are walked once, not twice.
+/// Most bundles fit into the reserved room; they are traversed once instead of twice.
 bool Parcel::writeBundle(bundle *b) {
   const std::size_t before = _bytes.size();
   unsigned char *length = _bytes.extend(sizeof(std::uint32_t));
@@ -122,7 +122,7 @@ const unsigned char *Parcel::peekSized(std::size_t &size) const {
   return isWhole ? _bytes.data() + _position + sizeof length : nullptr;
 }
 
-/// A byte of its own meaning: another value than the two is no bool.
+/// Any byte but 0 and 1 is refused.
 bool Parcel::readBool(bool *value) {
   if (left() == 0 || _bytes.data()[_position] > 1) {
     return false;
@@ -146,11 +146,11 @@ int Parcel::readString(char **text) {
   std::size_t size = 0;
   const unsigned char *bytes = peekSized(size);
   // A text ends at its first NUL, which has to be the last byte.
-  if (!bytes || size == 0 || std::memchr(bytes, '\0', size) != bytes + size - 1) {
+  if (bytes == nullptr || size == 0 || std::memchr(bytes, '\0', size) != bytes + size - 1) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   auto *copy = static_cast<char *>(std::malloc(size));
-  if (!copy) {
+  if (copy == nullptr) {
     return RPC_PORT_ERROR_OUT_OF_MEMORY;
   }
   *text = static_cast<char *>(std::memcpy(copy, bytes, size));
@@ -161,11 +161,11 @@ int Parcel::readString(char **text) {
 int Parcel::readBundle(bundle **b) {
   std::size_t size = 0;
   const unsigned char *bytes = peekSized(size);
-  if (!bytes) {
+  if (bytes == nullptr) {
     return RPC_PORT_ERROR_IO_ERROR;
   }
   bundle *read = bundle_wire::read(bytes, size);
-  if (!read) {
+  if (read == nullptr) {
     const bool isMemory = get_last_result() == BUNDLE_ERROR_OUT_OF_MEMORY;
     return isMemory ? RPC_PORT_ERROR_OUT_OF_MEMORY : RPC_PORT_ERROR_IO_ERROR;
   }

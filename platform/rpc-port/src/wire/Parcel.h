@@ -17,14 +17,14 @@
 
 namespace platform::rpc_port {
 
-/// What travels with a parcel besides its fields; what an rpc_port_parcel_header_h stands for.
+/// The object behind an rpc_port_parcel_header_h: what is sent with a parcel besides its fields.
 struct ParcelHeader {
   std::string tag;
   std::int32_t sequenceNumber = 0;
   timespec timestamp = {};
 };
 
-/// A parcel header as it travels; the tag's bytes follow.
+/// A parcel header in wire format; the tag's bytes follow.
 struct WireHeader {
   std::uint32_t tagSize;
   std::int32_t sequenceNumber;
@@ -33,17 +33,15 @@ struct WireHeader {
 };
 static_assert(sizeof(WireHeader) == kParcelHeaderSize, "the header travels as it lies in memory");
 
-/// Fields, written at the end and read from the front. Reads that fail change nothing.
+/// A sequence of fields, appended by writes and consumed by reads. A failed read changes nothing.
 class Parcel {
 public:
-  /// An empty parcel, with the time of its creation.
+  /// Creates an empty parcel with the current time.
   Parcel();
 
-  /**
-   * @brief Makes a parcel of a received payload, which it takes over.
-   * @return The parcel, or nullptr when the header is malformed.
-   * @throw std::bad_alloc, and the payload is as it was.
-   */
+  /// Makes a parcel of a received payload, which it takes over.
+  /// @return The parcel, or nullptr when the header is malformed.
+  /// @throw std::bad_alloc, and the payload is as it was.
   static std::unique_ptr<Parcel> fromWire(Buffer &payload);
 
   ParcelHeader &header() { return _header; }
@@ -72,11 +70,11 @@ public:
     return readBytes(value, sizeof *value);
   }
 
-  /// The whole parcel as it travels, without the frame; valid until the next call.
+  /// The whole parcel in wire format, without the frame; valid until the next call.
   const Buffer &raw();
 
 private:
-  /// Marks a parcel that is received, so that its time is the sender's.
+  /// Tag of the constructor of a received parcel, whose time is the sender's.
   struct Received {};
 
   explicit Parcel(Received /*tag*/) {}

@@ -63,7 +63,7 @@ void SendQueue::keep(OutgoingMessage &message) {
   for (std::size_t i = 0; i < message.count(); ++i) {
     const iovec &part = message.parts()[i];
     const bool isLast = i + 1 == message.count();
-    if (isLast && message.shared() && part.iov_len >= kShareFrom) {
+    if (isLast && message.shared() != nullptr && part.iov_len >= kShareFrom) {
       Buffer shared = message.shared()->share();
       const std::size_t sent = shared.size() - part.iov_len;
       _segments.push_back({std::move(shared), sent, true});

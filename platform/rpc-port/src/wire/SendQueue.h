@@ -11,17 +11,15 @@
 
 namespace platform::rpc_port {
 
-/// What became of a message. Overflow: the peer does not read, and nothing more is kept for it.
+/// The outcome of sending. Overflow: the peer does not read, and the queue is full.
 enum class SendOutcome { Taken, Overflow, Broken };
 
-/// Sends without waiting: what the socket does not take at once is kept until flush().
+/// A non-blocking sender: queues what the socket does not take at once, until flush().
 class SendQueue {
 public:
-  /**
-   * @brief Sends one message, or keeps its rest.
-   * @throw std::bad_alloc, and part of the message may have been sent: the connection is of no
-   *        more use.
-   */
+  /// Sends one message, or keeps its rest.
+  /// @throw std::bad_alloc, and part of the message may have been sent: the connection is of no
+  /// more use.
   SendOutcome send(int socket, OutgoingMessage &message);
 
   /// Sends what has been kept, as far as the socket takes it. @return false: the peer is gone.
@@ -31,7 +29,7 @@ public:
   void clear();
 
 private:
-  /// Bytes that wait, from `sent` on.
+  /// Queued bytes, of which `sent` have been sent.
   struct Segment {
     Buffer bytes;
     std::size_t sent;
@@ -44,7 +42,7 @@ private:
 
   std::vector<Segment> _segments;
   std::size_t _size = 0;
-  /// What is left of the message that found the queue empty; the bound is for those behind it.
+  /// Bytes left of the message that found the queue empty, which the bound does not count.
   std::size_t _leading = 0;
 };
 

@@ -18,15 +18,16 @@ using namespace platform::rpc_port;
 
 class TheLoop : public Runtime {
 protected:
-  static void note(void *data) { ++*static_cast<int *>(data); }
+  Callback<void()> note() { return Callback<void()>::to<&TheLoop::count>(*this); }
+  void count() { ++calls; }
 
   EcoreUse ecore;
   int calls = 0;
 };
 
 TEST_F(TheLoop, CallsNoTimerOfThoseThatWereAllStopped) {
-  Timer first(&note, &calls);
-  Timer second(&note, &calls);
+  Timer first(note());
+  Timer second(note());
   first.start(0);
   second.start(0);
 
@@ -38,7 +39,7 @@ TEST_F(TheLoop, CallsNoTimerOfThoseThatWereAllStopped) {
 }
 
 TEST_F(TheLoop, CallsATimerThatIsStartedAgainAfterAllWereStopped) {
-  Timer timer(&note, &calls);
+  Timer timer(note());
   timer.start(0);
   Timer::stopAll();
   timer.start(0);
@@ -47,7 +48,7 @@ TEST_F(TheLoop, CallsATimerThatIsStartedAgainAfterAllWereStopped) {
 }
 
 TEST_F(TheLoop, DoesNoJobThatWasPlannedBeforeItWasReopened) {
-  Job before(&note, &calls);
+  Job before(note());
   before.plan();
 
   ASSERT_TRUE(JobQueue::get().reopen());
@@ -57,7 +58,7 @@ TEST_F(TheLoop, DoesNoJobThatWasPlannedBeforeItWasReopened) {
 }
 
 TEST_F(TheLoop, DoesWhatIsPlannedAfterItWasReopened) {
-  Job job(&note, &calls);
+  Job job(note());
   job.plan();
   ASSERT_TRUE(JobQueue::get().reopen());
   job.plan();
@@ -65,7 +66,7 @@ TEST_F(TheLoop, DoesWhatIsPlannedAfterItWasReopened) {
   EXPECT_TRUE(runUntil([this] { return calls == 1; }));
 }
 
-class AWatchedPipe : public TheLoop, private FdWatch::Target {
+class AWatchedPipe : public TheLoop {
 protected:
   void SetUp() override { ASSERT_EQ(pipe(ends), 0); }
   void TearDown() override {
@@ -74,11 +75,10 @@ protected:
     close(ends[1]);
   }
 
-  int ends[2] = {-1, -1};
-  FdWatch watch{*this};
+  void onReady(FdWatch::Events /*events*/) { ++calls; }
 
-private:
-  void descriptorReady(FdWatch::Events /*events*/) override { ++calls; }
+  int ends[2] = {-1, -1};
+  FdWatch watch{FdWatch::Ready::to<&AWatchedPipe::onReady>(*this)};
 };
 
 TEST_F(AWatchedPipe, IsNotLookedAtOnceAllWatchesWereStopped) {
