@@ -5,6 +5,14 @@
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/Named.h"
 #include "integration/harness/TestApplication.h"
+#include "integration/harness/wire.h"
+#include "support/RawSocket.h"
+
+#include <chrono>
+#include <memory>
+#include <sys/resource.h>
+#include <thread>
+#include <vector>
 
 namespace integration {
 namespace {
@@ -94,6 +102,48 @@ TEST_F(AnAllowList, IsReadAgainForEachConnection) {
 
   EXPECT_EQ(failureOf([&] { after.client().setCallback({}); }), std::nullopt);
   EXPECT_EQ(failureOf([&] { before.client().setCallback({}); }), Failure::Refused);
+}
+
+class AnAllowListUnderALackOfDescriptors : public AllowListTest {
+protected:
+  static constexpr rlim_t kDescriptors = 64;
+  static constexpr long kReserve = 8; // What ports leave to the application.
+
+  /// Starts the application with so few descriptors that a crowd of peers can use them up.
+  TestApplication startWithFewDescriptors(const std::string &content) {
+    rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few = {kDescriptors, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    TestApplication application = startWithList(content);
+    setrlimit(RLIMIT_NOFILE, &before);
+    return application;
+  }
+
+  /// Connects until the application accepts no more.
+  void crowdIn(TestApplication &application) {
+    for (int i = 0; i < 100; ++i) {
+      _crowd.push_back(support::RawSocket::connectTo(socketPath(application.id())));
+      ASSERT_NE(_crowd.back(), nullptr);
+    }
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (application.process().openFiles() < static_cast<long>(kDescriptors) - kReserve
+           && std::chrono::steady_clock::now() < end) {
+      std::this_thread::yield();
+    }
+  }
+
+private:
+  std::vector<std::unique_ptr<support::RawSocket>> _crowd;
+};
+
+TEST_F(AnAllowListUnderALackOfDescriptors, StillRefusesTheSender) {
+  TestApplication application = startWithFewDescriptors("com.example.a\n");
+  Session session = Session::connected(application.id());
+
+  crowdIn(application);
+
+  EXPECT_EQ(failureOf([&] { session.client().setCallback({}); }), Failure::Refused);
 }
 
 } // namespace
