@@ -8,7 +8,7 @@
  *
  * A request for an application that runs reaches its app_control callback. One for an application
  * that does not run starts it, and is the first that its app_control callback gets. On a desktop
- * the applications that can be started are those in $NORIX_DESKTOP_APPS/<app id>/.
+ * the applications that can be started are those in $NORIX_DESKTOP_APPS/\<app id\>/.
  *
  * All functions belong to the main loop's thread. A handle that a function or a callback hands out
  * is lent, unless it comes from app_control_create() or app_control_clone(); a text is the
