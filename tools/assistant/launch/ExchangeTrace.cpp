@@ -3,9 +3,10 @@
 
 #include "assistant/trace/Timeline.h"
 #include "assistant/trace/logTexts.h"
+#include "assistant/trace/names.h"
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace norix::assistant::launch {
 namespace {
@@ -17,15 +18,36 @@ using trace::LogKind;
 constexpr std::uint64_t kLongestDelay = 400000000;
 constexpr int kPause = 50;
 
-// Whether the library has done with a request: answered, or failed it.
-bool endsRequest(const Event &event) {
-  if (event.name == "callback-left" || event.name == "exit" || event.name == "signal") {
-    return true;
+/// Finds out when the application and the library have done with a request.
+class Progress {
+public:
+  explicit Progress(std::string requestId) : _requestId(std::move(requestId)) {}
+
+  void see(const Event &event) {
+    _isReceived = _isReceived || event.text("requestId") == _requestId;
+    if (!_isReceived) {
+      return;
+    }
+    if (event.name == "call" && trace::isAnswer(event.text("function"))) {
+      _isAnswered = true;
+      _isDone = _isDone || !event.has("inside");
+    }
+    _isDone = _isDone || (event.name == "callback-left" && _isAnswered) || endsAnyway(event);
   }
-  const LogKind kind = event.name == "log" ? trace::meaningOf(event).kind : LogKind::Other;
-  return kind == LogKind::NotRegistered || kind == LogKind::TimedOut
-         || kind == LogKind::NotPermitted;
-}
+  bool isDone() const { return _isDone; }
+
+private:
+  static bool endsAnyway(const Event &event) {
+    const LogKind kind = event.name == "log" ? trace::meaningOf(event).kind : LogKind::Other;
+    return event.name == "exit" || event.name == "signal" || kind == LogKind::NotRegistered
+           || kind == LogKind::TimedOut;
+  }
+
+  std::string _requestId;
+  bool _isReceived = false;
+  bool _isAnswered = false;
+  bool _isDone = false;
+};
 
 } // namespace
 
@@ -47,12 +69,10 @@ std::vector<Event> ExchangeTrace::finish(std::uint64_t requestId) {
 void ExchangeTrace::readUntilAnswered(const std::string &requestId) {
   const std::uint64_t begin = _events.empty() ? 0 : _events.front().time;
   const std::uint64_t end = trace::monotonicNow() + kLongestDelay;
-  bool isReceived = false;
-  bool isAnswered = false;
-  while (!isAnswered && !_watch->hasEnded() && trace::monotonicNow() < end) {
+  Progress progress(requestId);
+  while (!progress.isDone() && !_watch->hasEnded() && trace::monotonicNow() < end) {
     for (Event &event : _watch->read(kPause)) {
-      isReceived = isReceived || event.text("requestId") == requestId;
-      isAnswered = isAnswered || (isReceived && endsRequest(event));
+      progress.see(event);
       // What came before is not this exchange's; launch's own greeting says nothing of it.
       if (event.time >= begin && event.name != "launched") {
         _events.push_back(std::move(event));

@@ -196,6 +196,10 @@ std::string Timeline::describeOwn(const Event &event) const {
     return std::to_string(event.number("count"))
            + " events were lost: the application made them faster than they were read";
   }
+  if (event.name == "launched") {
+    return visible(event.text("app")) + " is process " + std::to_string(event.number("pid"))
+           + (event.flag("listens") ? ", which listens" : ", which does not listen");
+  }
   if (event.name == "finding") {
     return "finding " + event.text("finding") + ": " + visible(event.text("sentence"));
   }
