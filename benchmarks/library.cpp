@@ -5,12 +5,13 @@
 #include "nullplatform/NullPlatform.h"
 
 #include <benchmark/benchmark.h>
-#include <norix.h>
+#include <norix.hpp>
 #include <valgrind/callgrind.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 
 namespace {
@@ -51,15 +52,31 @@ void requestBeforeCallback() {
   platform::fireTimer(); // Gives up the wait for the answer.
 }
 
+/** The same callbacks in C, and as norix.hpp has them. */
+enum class Language { C, Cpp };
+
 struct Road {
   const char *name;
   void (*travel)();
+  Language language = Language::C;
 };
 
-constexpr Road kRoads[] = {
-    {"direct", requestAction}, {"deferred", requestBeforeCallback}, {"state", requestState}};
+constexpr Road kRoads[] = {{"direct", requestAction},
+                           {"deferred", requestBeforeCallback},
+                           {"state", requestState},
+                           {"direct-cpp", requestAction, Language::Cpp},
+                           {"state-cpp", requestState, Language::Cpp}};
 
-void start(long furtherActions) {
+std::optional<norix::Assistant> inCpp;
+
+void registerInCpp() {
+  inCpp.emplace();
+  inCpp->onAction(kAction, [](norix::Request request) { request.answer(kAnswer); });
+  inCpp->onState([] { return kAnswer; });
+}
+
+void start(long furtherActions, Language language = Language::C) {
+  inCpp.reset();
   norix_deinitialize();
   if (norix_initialize() != NORIX_ERROR_NONE) {
     std::exit(EXIT_FAILURE);
@@ -68,6 +85,9 @@ void start(long furtherActions) {
   norix_set_action_execution_cb(kAction, onAction, nullptr);
   for (long i = 1; i < furtherActions; ++i) {
     norix_set_action_execution_cb(("action-" + std::to_string(i)).c_str(), ignore, nullptr);
+  }
+  if (language == Language::Cpp) {
+    registerInCpp();
   }
   platform::connect();
 }
@@ -99,7 +119,7 @@ int count(const std::string &name, unsigned long requests, long actions) {
     if (name != road.name) {
       continue;
     }
-    start(actions);
+    start(actions, road.language);
     road.travel(); // What the first request alone pays does not count.
     const unsigned long before = platform::sentParcels();
     CALLGRIND_START_INSTRUMENTATION;
@@ -111,7 +131,9 @@ int count(const std::string &name, unsigned long requests, long actions) {
     checkAnswered(before, requests);
     return EXIT_SUCCESS;
   }
-  std::fprintf(stderr, "library: no such road: %s (direct, deferred, state)\n", name.c_str());
+  std::fprintf(stderr,
+               "library: no such road: %s (direct, deferred, state, direct-cpp, state-cpp)\n",
+               name.c_str());
   return EXIT_FAILURE;
 }
 

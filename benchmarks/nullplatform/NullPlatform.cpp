@@ -21,6 +21,7 @@ namespace {
 constexpr const char *kSender = "com.valtren.tizen.norix";
 constexpr const char *kInstance = "1234-1-0123456789abcdef";
 constexpr const char *kAppId = "org.example.null";
+constexpr const char *kParams = R"({"volume":40,"title":"Rain on Tin"})";
 // The keys of a request, as its sender writes them.
 constexpr const char *kActionId = "actionId";
 constexpr const char *kActionType = "actionType";
@@ -124,6 +125,10 @@ int bundle_add_byte(bundle * /*b*/, const char * /*key*/, const void * /*byte*/,
 }
 
 int bundle_get_str(bundle * /*b*/, const char *key, char **str) {
+  if (key == ACTION_PARAMS) {
+    *str = const_cast<char *>(kParams);
+    return BUNDLE_ERROR_NONE;
+  }
   *str = const_cast<char *>(std::strcmp(key, kActionId) == 0 ? requestedAction : "");
   return BUNDLE_ERROR_NONE;
 }

@@ -100,6 +100,23 @@ def _library(programs, folder, requests, road, actions):
     return figures
 
 
+def _above_c(programs, folder, requests, road):
+    """What norix.hpp costs: the whole program with it, less the whole program in C."""
+
+    def profile(language):
+        return _callgrind(os.path.join(folder, f"{road}{language}"), [
+            os.path.join(programs, "benchmark_library"), f"--count={road}{language}",
+            f"--requests={requests}"
+        ])
+
+    in_c, in_cpp = profile(""), profile("-cpp")
+    return {
+        f"norix.hpp/{road}/instructions above C": (in_cpp.total() - in_c.total()) / requests,
+        f"norix.hpp/{road}/allocations above C": (in_cpp.allocations(lambda user: True) -
+                                                  in_c.allocations(lambda user: True)) / requests
+    }
+
+
 def _platform(profile, name, requests):
     figures = {}
     for part, prefix in _PLATFORM_PARTS.items():
@@ -141,6 +158,8 @@ def count(programs, folder, requests):
     for road in _PARTS:
         figures.update(_library(programs, folder, requests, road, 10))
     figures.update(_library(programs, folder, requests, "direct", 10000))
+    for road in ("direct", "state"):
+        figures.update(_above_c(programs, folder, requests, road))
     figures.update(_application(programs, folder, requests))
     figures.update(_assistant(programs, folder, requests))
     return {name: round(figure, 1) for name, figure in figures.items()}

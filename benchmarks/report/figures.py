@@ -68,6 +68,10 @@ def _counted_rows(counted):
     yield _count_row("the library per request, without Ecore", 3700, counted["library/direct/total"])
     yield _count_row("the library per request", 7, counted["library/direct/allocations"],
                      "allocations")
+    for unit, limit in (("instructions", 400), ("allocations", 2)):
+        yield _count_row("norix.hpp per request, above the C interface", limit,
+                         max(counted[f"norix.hpp/{road}/{unit} above C"]
+                             for road in ("direct", "state")), unit)
     yield _count_row("the platform per request: bundle, parcel and port, in the application", 7500,
                      counted["platform/application/bundle, parcel and port"])
     yield _count_row("the whole application per request", 20, counted["application/allocations"],

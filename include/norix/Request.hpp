@@ -7,6 +7,7 @@
 #include <norix/detail/text.hpp>
 #include <norix/detail/usedOnce.hpp>
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -90,7 +91,7 @@ public:
    * An assistant that has disconnected is not noticed; answer() returns Outcome::Failed then.
    */
   bool isCurrent() const noexcept {
-    return !_isEarly && detail::Exchange::instance().isCurrent(_id);
+    return !_isEarly && detail::Exchange::instance().isCurrent(_id, _actionId);
   }
 
   /**
@@ -113,7 +114,9 @@ public:
   const std::string &params() const noexcept { return _params; }
 
   /** @brief Should this request be destroyed without an answer, it is answered with this text. */
-  void answerIfForgotten(std::string text) noexcept { _forgottenAnswer = std::move(text); }
+  void answerIfForgotten(std::string text) {
+    _forgottenAnswer = std::make_unique<std::string>(std::move(text));
+  }
 
 private:
   friend class detail::Incoming;
@@ -147,7 +150,9 @@ private:
 
   void forget() noexcept {
     if (_id != 0 && !_isEarly) {
-      detail::Exchange::instance().forgotten(_id, _actionId, std::move(_forgottenAnswer));
+      detail::Exchange::instance().forgotten(
+          _id, _actionId,
+          _forgottenAnswer != nullptr ? std::move(*_forgottenAnswer) : std::string());
     }
   }
 
@@ -155,7 +160,8 @@ private:
   bool _isEarly;
   detail::SharedId _actionId;
   std::string _params;
-  std::string _forgottenAnswer{};
+  // Most requests have none, and pay for a pointer.
+  std::unique_ptr<std::string> _forgottenAnswer{};
 };
 
 } // namespace norix

@@ -30,8 +30,11 @@ enum class Kind { State, Action };
 using SharedId = std::shared_ptr<const std::string>;
 
 // Names a request for as long as the process runs: ids are never used again, so that a request of
-// an Assistant that is gone is nobody's, whoever came after it. 0 names no request.
+// an Assistant that is gone is nobody's, whoever came after it. 0 is the one of a spent request.
 using RequestId = std::uint64_t;
+
+// Instead of a request that waits. Not 0: nobody waits for a spent request either.
+constexpr RequestId kNobody = ~RequestId{0};
 
 // What a process has one of, like the library itself: the request that waits for its answer, and
 // the answers on their way from other threads. Never destroyed: a thread may still hold a request
@@ -62,8 +65,7 @@ public:
       _isOpen = false;
     }
     sendPosted();
-    _current.store(0);
-    _request = Waiting();
+    _current.store(kNobody);
   }
 
   bool isMainThread() const noexcept {
@@ -72,12 +74,11 @@ public:
 
   // A request has arrived; whatever waited before waits no longer. An early one is not waited for:
   // the library has no way to answer it.
-  RequestId begin(Kind kind, void *handle, const SharedId &actionId, bool isEarly) noexcept {
+  RequestId begin(Kind kind, void *handle, bool isEarly) noexcept {
     const RequestId id = ++_lastId;
-    _current.store(isEarly ? 0 : id);
-    _request.kind = kind;
-    _request.handle = handle;
-    _request.actionId = actionId;
+    _current.store(isEarly ? kNobody : id);
+    _kind = kind;
+    _handle = handle;
     return id;
   }
 
@@ -87,10 +88,12 @@ public:
   // It has ended. A request that an exception destroyed, which went no further than the callback's
   // own try block, is still without an answer.
   void leave(RequestId id, const SharedId &actionId, RequestId before) noexcept {
-    if (_unwound.has_value() && isWaiting(id)) {
-      forgotten(id, actionId, std::move(*_unwound));
+    if (_unwound.has_value()) {
+      if (isWaiting(id)) {
+        forgotten(id, actionId, std::move(*_unwound));
+      }
+      _unwound.reset();
     }
-    _unwound.reset();
     _running = before;
   }
   bool isRunning(RequestId id) const noexcept { return isMainThread() && id == _running; }
@@ -98,8 +101,8 @@ public:
   // Whether somebody waits for the answer to this request, as far as can be told without asking the
   // library: from another thread that is all there is.
   bool isWaiting(RequestId id) const noexcept { return _current.load() == id; }
-  bool isCurrent(RequestId id) noexcept {
-    return isWaiting(id) && (!isMainThread() || isKnownToLibrary());
+  bool isCurrent(RequestId id, const SharedId &actionId) const noexcept {
+    return isWaiting(id) && (!isMainThread() || isKnownToLibrary(*actionId));
   }
 
   Outcome answer(RequestId id, const SharedId &actionId, const char *text) noexcept {
@@ -141,11 +144,6 @@ private:
     return _forgottenAnswer;
   }
 
-  struct Waiting {
-    Kind kind = Kind::State;
-    void *handle = nullptr;
-    SharedId actionId{};
-  };
   struct Posted {
     RequestId id;
     SharedId actionId;
@@ -159,30 +157,29 @@ private:
   // The handle names a request of the library's; which one, the library knows by the action's id.
   // A later request that this interface was not told of (of an action that nobody registered, or
   // registered in C) and a time-out have made it forget the handle.
-  bool isKnownToLibrary() noexcept {
+  bool isKnownToLibrary(const std::string &actionId) const noexcept {
     char *name = nullptr;
-    const int result = norix_get_action_name(_request.handle, &name);
-    const bool isKnown =
-        result == NORIX_ERROR_NONE && (name == nullptr || *_request.actionId == name);
+    const int result = norix_get_action_name(_handle, &name);
+    const bool isKnown = result == NORIX_ERROR_NONE && (name == nullptr || actionId == name);
     std::free(name);
     return isKnown;
   }
 
   Outcome send(RequestId id, const std::string &actionId, const char *text) noexcept {
     // Inside its own callback a request is known: the question can be saved.
-    if (!isWaiting(id) || (id != _running && !isKnownToLibrary())) {
+    if (!isWaiting(id) || (id != _running && !isKnownToLibrary(actionId))) {
       return nobodyWaits(actionId.c_str());
     }
-    _current.store(0);
+    _current.store(kNobody);
     const int result =
         guarded([this, text] { return complete(text); },
                 [](const char * /*what*/) -> int { return NORIX_ERROR_OUT_OF_MEMORY; });
-    return result == NORIX_ERROR_NONE ? Outcome::Sent : failed(result);
+    return result == NORIX_ERROR_NONE ? Outcome::Sent : failed(actionId.c_str(), result);
   }
 
   int complete(const char *text) const {
-    return _request.kind == Kind::State ? norix_complete_app_state_request(_request.handle, text)
-                                        : norix_complete_action_execution(_request.handle, text);
+    return _kind == Kind::State ? norix_complete_app_state_request(_handle, text)
+                                : norix_complete_action_execution(_handle, text);
   }
 
   Outcome post(RequestId id, const SharedId &actionId, const char *text) noexcept {
@@ -225,21 +222,22 @@ private:
     return Outcome::NobodyWaits;
   }
 
-  Outcome failed(int result) const noexcept {
+  static Outcome failed(const char *actionId, int result) noexcept {
     dlog_print(DLOG_ERROR, kLogTag,
                "'%s': the answer could not be sent (%d): the assistant is gone, or the library was "
                "deinitialised",
-               _request.actionId->c_str(), result);
+               actionId, result);
     return Outcome::Failed;
   }
 
   // Written by the main loop, read by every thread.
-  std::atomic<RequestId> _current{0};
+  std::atomic<RequestId> _current{kNobody};
   std::atomic<std::thread::id> _mainThread{};
   // The main loop's own.
   RequestId _lastId = 0;
   RequestId _running = 0;
-  Waiting _request{};
+  Kind _kind = Kind::State;
+  void *_handle = nullptr;
   std::optional<std::string> _unwound{};
   // Guarded by the mutex.
   std::mutex _mutex{};

@@ -185,25 +185,62 @@ struct HandlerFor<Callable> {
 };
 
 // What the library calls back with: the user data of one registration.
-struct Registration : std::enable_shared_from_this<Registration> {
-  Registration(SharedId actionId, std::shared_ptr<Handler> called)
-      : id(std::move(actionId)), handler(std::move(called)) {}
+class Registration {
+public:
+  // A callable may take its own registration away, and the whole Assistant with it: a registration
+  // that runs ends when its last call does.
+  struct Release {
+    void operator()(Registration *registration) const noexcept {
+      registration->_isReleased = true;
+      registration->endUnlessRunning();
+    }
+  };
 
-  void received(Kind kind, void *handle, const char *params, bool isEarly) noexcept {
-    // The callable may take the registration, or the whole Assistant, away.
-    const std::shared_ptr<Registration> self = shared_from_this();
+  Registration(SharedId actionId, std::shared_ptr<Handler> called)
+      : _actionId(std::move(actionId)), _handler(std::move(called)) {}
+  Registration(const Registration &) = delete;
+  Registration &operator=(const Registration &) = delete;
+
+  const std::string &actionId() const noexcept { return *_actionId; }
+
+  // Inlined into the library's two callbacks: every request passes here.
+  __attribute__((always_inline)) void received(Kind kind, void *handle, const char *params,
+                                               bool isEarly) noexcept {
     Exchange &exchange = Exchange::instance();
-    const Incoming incoming(exchange.begin(kind, handle, id, isEarly), isEarly, id,
+    const Incoming incoming(exchange.begin(kind, handle, isEarly), isEarly, _actionId,
                             params != nullptr ? params : "");
     const RequestId before = exchange.enter(incoming.id());
-    guarded([&] { handler->call(*handler, incoming); },
+    ++_calls;
+    guarded([&] { _handler->call(*_handler, incoming); },
             [&](const char *why) { incoming.failed(why); });
-    exchange.leave(incoming.id(), id, before);
+    exchange.leave(incoming.id(), _actionId, before);
+    --_calls;
+    endUnlessRunning();
   }
 
-  SharedId id;
-  std::shared_ptr<Handler> handler;
+private:
+  ~Registration() = default;
+
+  void endUnlessRunning() noexcept {
+    if (_isReleased && _calls == 0) {
+      delete this;
+    }
+  }
+
+  SharedId _actionId;
+  std::shared_ptr<Handler> _handler;
+  // How many calls of it run, one inside the other.
+  unsigned _calls = 0;
+  bool _isReleased = false;
 };
+
+using OwnedRegistration = std::unique_ptr<Registration, Registration::Release>;
+
+inline OwnedRegistration makeRegistration(const std::string &actionId,
+                                          std::shared_ptr<Handler> handler) {
+  return OwnedRegistration(
+      new Registration(std::make_shared<const std::string>(actionId), std::move(handler)));
+}
 
 } // namespace detail
 } // namespace norix

@@ -26,7 +26,7 @@ public:
 
   // An action as it was registered: who is called, and what is declared.
   struct Registered {
-    std::shared_ptr<Registration> registration{};
+    OwnedRegistration registration{};
     Action about{""};
     std::string parameters{};
   };
@@ -68,8 +68,8 @@ public:
   }
 
   std::optional<Error> setState(Handled handled, State about) {
-    auto registration = std::make_shared<Registration>(
-        std::make_shared<const std::string>(ACTION_GET_APP_STATE), std::move(handled.handler));
+    OwnedRegistration registration =
+        makeRegistration(ACTION_GET_APP_STATE, std::move(handled.handler));
     if (auto error = call("norix_set_app_state_request_cb", [&registration] {
           return norix_set_app_state_request_cb(onState, registration.get());
         })) {
@@ -119,13 +119,22 @@ private:
   }
 
   static void onAction(void *handle, bundle *request, void *registration) noexcept {
-    char *id = nullptr;
+    auto *const registered = static_cast<Registration *>(registration);
     char *params = nullptr;
-    static_cast<void>(bundle_get_str(request, ACTION_ID, &id));
     static_cast<void>(bundle_get_str(request, ACTION_PARAMS, &params));
-    // A request that waited for its registration has the text of its own id as its handle.
-    static_cast<Registration *>(registration)
-        ->received(Kind::Action, handle, params, handle == static_cast<void *>(id));
+    registered->received(Kind::Action, handle, params,
+                         isEarly(handle, request, registered->actionId()));
+  }
+
+  // A request that waited for its registration has the text of its own id as its handle; all others
+  // have a number, so that hardly any needs a look into the bundle.
+  static bool isEarly(const void *handle, bundle *request, const std::string &actionId) noexcept {
+    if (*static_cast<const char *>(handle) != actionId[0]) {
+      return false;
+    }
+    char *id = nullptr;
+    static_cast<void>(bundle_get_str(request, ACTION_ID, &id));
+    return handle == static_cast<void *>(id);
   }
 
   static std::optional<Error> initialize() {
@@ -159,9 +168,7 @@ private:
     if (auto error = checkId(id)) {
       return error;
     }
-    Registered made{
-        std::make_shared<Registration>(std::make_shared<const std::string>(id), handled.handler),
-        action, handled.parameters};
+    Registered made{makeRegistration(id, handled.handler), action, handled.parameters};
     // Before the library knows of it: nothing may fail between there and here.
     Registered &kept = _actions[id];
     auto error = call("norix_set_action_execution_cb", [&id, &made] {
@@ -215,7 +222,7 @@ private:
   }
 
   Life _life;
-  std::shared_ptr<Registration> _appState{};
+  OwnedRegistration _appState{};
   State _aboutState{};
   std::map<std::string, Registered> _actions{};
 };
