@@ -27,11 +27,21 @@ using rpc_port::message::stub::InvalidCallbackException;
 using rpc_port::message::stub::NotConnectedSocketException;
 
 constexpr double kRetryInterval = 0.02;
-// With the interval, how long a request waits for its callback to be registered: 0.12 s, with the
-// tick that gives up.
+// The ticks on which the callback is looked up, until 0.10 s after the request; the next one gives
+// up.
 constexpr int kRetryMaxCount = 5;
 // The only byte value of a request is its id.
 constexpr std::size_t kRequestIdSize = 8;
+
+// Calls the callback of a request that waited for it. No exception leaves this function.
+void callLate(const ActionExecutionInfo &info, char *actionId, bundle *request) {
+  try {
+    NorixCommonData::getInstance()->noteTextHandle(actionId);
+    info.callback(actionId, request, info.userData);
+  } catch (...) {
+    logStoppedException();
+  }
+}
 
 } // namespace
 
@@ -49,7 +59,7 @@ int ActionRequestImpl::setActionExecutionCb(const std::string &actionId,
                                             norix_action_execution_cb callback, void *userData) {
   if (callback == nullptr) {
     unsetExecuteActionCb(actionId);
-    // Kept: support reads this line as "the call was made", for a null callback as well.
+    // Kept: support takes this line as a sign of the call, also with a null callback.
     NORIX_LOG_FORMAT("'%s' Action Execution cb has been set", actionId.c_str());
     return NORIX_ERROR_NONE;
   }
@@ -57,7 +67,7 @@ int ActionRequestImpl::setActionExecutionCb(const std::string &actionId,
   std::unique_ptr<ActionExecutionInfo> info(new (std::nothrow) ActionExecutionInfo);
   if (info == nullptr) {
     NORIX_LOG("actionHandlerInfo is null");
-    // Not OUT_OF_MEMORY: applications know this failure by this value.
+    // Kept: applications know a failed allocation here by this value, not by OUT_OF_MEMORY.
     return NORIX_ERROR_INVALID_PARAMETER;
   }
   *info = {callback, userData};
@@ -75,8 +85,8 @@ int ActionRequestImpl::unsetExecuteActionCb(const std::string &actionId) {
 
 void ActionRequestImpl::receiveRequest(const std::string &clientAppId, const std::string &actionId,
                                        bundle *request) {
-  // Dropped, not freed: deleteTimer has freed a parked request that was still waiting, and one that
-  // was delivered may still be read by the application.
+  // Reset, not freed: deleteTimer has freed a copy that was still waiting, and the application may
+  // still read one that was delivered.
   _pendingBundle = nullptr;
   NorixCommonData *const commonData = NorixCommonData::getInstance();
   commonData->_norixClientAppId = clientAppId;
@@ -92,7 +102,7 @@ void ActionRequestImpl::receiveRequest(const std::string &clientAppId, const std
     } // GCOVR_EXCL_STOP
     startCompleteCheckTimer();
     void *const requestHandle = commonData->assignHandle(actionId);
-    // Last: the application may do anything in its callback, also unset it or deinitialise.
+    // The last step: inside its callback the application may unset it, or deinitialise the library.
     info->callback(requestHandle, request, info->userData);
     return;
   }
@@ -130,7 +140,7 @@ void ActionRequestImpl::_bundleDataCb(const char *key, int /*type*/, const bundl
   std::size_t size = 0;
   if (bundle_keyval_get_type(entry) == BUNDLE_TYPE_BYTE) {
     bundle_keyval_get_basic_val(entry, &value, &size);
-    // Not the stored size: whoever sent fewer bytes meant an id all the same.
+    // Kept: eight bytes whatever the stored size, because byte values in requests are request ids.
     bundle_add_byte(target, key, value, kRequestIdSize);
   } else {
     bundle_keyval_get_basic_val(entry, &value, &size);
@@ -138,6 +148,8 @@ void ActionRequestImpl::_bundleDataCb(const char *key, int /*type*/, const bundl
   }
 }
 
+// Kept: where the timer ends in one of the first checks, its field is not reset. The next request
+// deletes the stale timer, which is harmless.
 Eina_Bool ActionRequestImpl::_actionExecutionFireCb(void *data) {
   NORIX_LOG("_actionExecutionFireCb called");
   auto *const self = static_cast<ActionRequestImpl *>(data);
@@ -145,8 +157,6 @@ Eina_Bool ActionRequestImpl::_actionExecutionFireCb(void *data) {
     NORIX_LOG("actionPtr is null");
     return ECORE_CALLBACK_CANCEL;
   }
-  // The field of a timer that ends here keeps its value: the request counts as waiting until the
-  // next one arrives.
   NorixCommonData *const commonData = NorixCommonData::getInstance();
   if (!commonData->hasClient()) {
     NORIX_LOG("Norix Client app id is null");
@@ -194,15 +204,10 @@ Eina_Bool ActionRequestImpl::_actionExecutionFireCb(void *data) {
   } // GCOVR_EXCL_STOP
   self->startCompleteCheckTimer();
   self->_actionExecutionFireTimer = nullptr;
-  // The handle is the action id's text and not a slot, and no handler number is drawn: a request
-  // that came before its callback cannot be answered, and the assistant is told that it timed out.
-  // The parked request is not freed: the text is read again when the application completes it.
-  try {
-    commonData->noteTextHandle(actionId);
-    info->callback(actionId, self->_pendingBundle, info->userData);
-  } catch (...) {
-    logStoppedException();
-  }
+  // Kept: the handle is the action id's text and not a slot, and no handler number is assigned. So
+  // a request that came before its callback cannot be answered, and the assistant is told that it
+  // timed out. The copy is not freed, because completing the request reads the text again.
+  callLate(*info, actionId, self->_pendingBundle);
   return ECORE_CALLBACK_CANCEL;
 }
 
@@ -250,7 +255,7 @@ int ActionRequestImpl::completeActionExecution(void *requestHandle, const std::s
   NORIX_LOG("Action result:");
   NORIX_LOG_FORMAT("%s", result.c_str());
   const int sent = sendResponse(response);
-  // Kept: says that the answer was dealt with, also when it could not be sent.
+  // Kept: logged also when the response could not be sent.
   NORIX_LOG("Response success");
   commonData->_actionHandlerMap.erase(number);
   return sent;
@@ -306,13 +311,13 @@ int ActionRequestImpl::sendResponse(bundle *response) {
   OwnedText ownedAppId(appId);
   NORIX_LOG_FORMAT("App Id %s", appId);
 
-  // A client that never registered a delegate gets an entry without one.
+  // Inserts an empty entry for a client that has registered no delegate.
   const auto &responseCb = norixImpl->_responseCbMap[commonData->_norixClientAppId];
   if (responseCb == nullptr) {
     NORIX_LOG("response error: InvalidCallbackException");
     return NORIX_ERROR_OPERATION_FAILED;
   }
-  // Kept: an invocation that throws costs the id's memory.
+  // Kept: when the invocation throws, the id is not freed.
   (void)ownedAppId.release();
   try {
     responseCb->Invoke(appId, std::move(owned));
@@ -333,8 +338,8 @@ void ActionRequestImpl::deleteTimer() {
   if (_actionExecutionFireTimer != nullptr) {
     ecore_timer_del(_actionExecutionFireTimer);
     _actionExecutionFireTimer = nullptr;
-    // The pointer stays: without the timer nothing reads it, and the next action request resets
-    // it.
+    // The pointer is not reset here: nothing reads it without the timer, and the next action
+    // request resets it.
     bundle_free(_pendingBundle);
   }
 }

@@ -19,8 +19,8 @@ struct ActionExecutionInfo {
   void *userData;
 };
 
-// Action requests: the application's callback of each action id, the delivery of a request to it,
-// the wait for its answer, and the response.
+/// Action requests: the callback that the application registered for each action id, the delivery
+/// of a request to it, the wait for the answer, and the response.
 class ActionRequestImpl {
 public:
   static ActionRequestImpl *getInstance();
@@ -30,12 +30,13 @@ public:
                            void *userData);
   int unsetExecuteActionCb(const std::string &actionId);
 
-  // Hands the request to its callback, or parks a copy for a moment: an application that has just
-  // been launched may be about to register. The request stays the caller's.
+  /// Hands the request to the callback of its action id. Without one, keeps a copy and looks again
+  /// for 0.1 seconds: an application that has just been launched may be about to register. The
+  /// caller keeps the ownership of the request.
   void receiveRequest(const std::string &clientAppId, const std::string &actionId, bundle *request);
   int completeActionExecution(void *requestHandle, const std::string &result);
 
-  // Abandons the request in progress.
+  /// Cancels the timers of the request in progress, which gets no response any more.
   void deleteTimer();
   int deinitialize();
 
@@ -48,15 +49,16 @@ private:
   static Eina_Bool _completeActionExecutionCheckCb(void *data);
 
   void startCompleteCheckTimer();
-  // Takes the response over, except where its failures say otherwise.
+  /// Sends the response through the client's delegate. Takes ownership of it, except on the
+  /// failures that are documented to leak it.
   int sendResponse(bundle *response);
 
   int _retryCount = 0;
   Ecore_Timer *_completeCheckTimer = nullptr;
   Ecore_Timer *_actionExecutionFireTimer = nullptr;
-  // The parked request.
+  /// The copy of a request that waits for its callback.
   bundle *_pendingBundle = nullptr;
-  // Ordered byte by byte; std::less<> lets a C text be looked up without a copy.
+  /// Ordered byte by byte; std::less<> lets a C text be looked up without a copy.
   std::map<std::string, std::unique_ptr<ActionExecutionInfo>, std::less<>> _actionExecutionInfoMap;
 };
 

@@ -64,7 +64,7 @@ void NorixImpl::_initInstance() {
 
 NorixImpl::NorixImpl() {
   char *appId = nullptr;
-  // The result says no more than the id does.
+  // The result is not needed: on failure there is no id.
   (void)app_get_id(&appId);
   const OwnedText owned(appId);
   _sdkVersionSupported = getAppSdkVersion(textOf(appId));
@@ -73,8 +73,8 @@ NorixImpl::NorixImpl() {
 int NorixImpl::getAppSdkVersion(std::string appId) {
   NORIX_LOG_FORMAT("AppId = %s", appId.c_str());
 
-  // A platform that cannot be asked counts as supported: better an application that is reachable
-  // than one that is silent for a reason nobody sees.
+  // A failing query counts as supported: a problem of the platform must not make the application
+  // unreachable.
   app_info_h handle = nullptr;
   const int created = app_info_create(appId.c_str(), &handle);
   if (created != APP_MANAGER_ERROR_NONE) {
@@ -101,8 +101,7 @@ int NorixImpl::getAppSdkVersion(std::string appId) {
 bool NorixImpl::_norix_metadata_cb(const char *key, const char *value, void *userData) {
   NORIX_LOG_FORMAT("metadata_key[%s] metadata_value[%s]", key, value);
   if (std::strcmp(key, NORIX_SDK_VERSION_METADATA_KEY) == 0) {
-    // The last entry counts. A manifest that repeats the key costs its earlier values' memory,
-    // once.
+    // The last entry counts. The values of earlier entries with the same key are leaked, once.
     *static_cast<char **>(userData) = strdup(value);
   }
   return true;
@@ -118,8 +117,8 @@ int NorixImpl::initialize() {
     return NORIX_ERROR_NOT_SUPPORTED;
   }
 
-  // There is no way back from here: after a failure below the stub stays as it is, and the next
-  // call makes a new one. Releasing the old one would cut off proxies that are connected to it.
+  // No roll-back: after a failure below, the stub stays open and the next call creates another one.
+  // Destroying it would disconnect the proxies that are connected to it.
   _stub = new (std::nothrow) rpc_port::message::stub::message();
   if (_stub == nullptr) {
     NORIX_LOG("message is failed");
@@ -226,8 +225,8 @@ int NorixImpl::completeActionExecution(void *requestHandle, const std::string &r
 void NorixImpl::executeRequest(const char *senderAppId, bundle *request) {
   const RequestEntries entries = readEntries(request);
 
-  // The stub listens from the middle of initialize on, so a request can find one of these missing
-  // when that allocation failed.
+  // The stub listens before initialize has created these objects, so a request can arrive when one
+  // of them could not be allocated.
   NorixCommonData *const commonData = NorixCommonData::getInstance();
   StateRequestImpl *const stateRequest = StateRequestImpl::getInstance();
   ActionRequestImpl *const actionRequest = ActionRequestImpl::getInstance();
@@ -253,7 +252,7 @@ void NorixImpl::executeRequest(const char *senderAppId, bundle *request) {
     NORIX_LOG("actionId is null");
     return;
   }
-  // The action id alone decides; what the type says does not count.
+  // The action id alone decides, not the action type.
   if (std::strcmp(entries.actionId, ACTION_GET_APP_STATE) == 0) {
     NORIX_LOG("App State request recieved");
     stateRequest->receiveRequest(textOf(senderAppId), entries.actionId);
@@ -269,7 +268,7 @@ std::string NorixImpl::getActionName(void *requestHandle) {
     NORIX_LOG("NorixCommonData instance is null");
     return textOf(nullptr);
   }
-  // An empty map first: without a request there is no handle that could be read.
+  // The handle is read only when there is an entry that it could belong to.
   if (commonData->_actionHandlerMap.empty() || requestHandle == nullptr) {
     NORIX_LOG("In getActionName, entry not found");
     return {};

@@ -13,8 +13,8 @@
 
 namespace norix {
 
-// The core of the library: its life cycle, the response delegates of the connected assistants, and
-// the routing of requests.
+/// The core of the library: its life cycle, the response delegates of the connected assistants, and
+/// the routing of requests.
 class NorixImpl {
 public:
   using ResponseCB = rpc_port::message::stub::message::ResponseCB;
@@ -22,8 +22,8 @@ public:
   static NorixImpl *getInstance();
   static void _initInstance();
 
-  // Asks the platform for the application's id and declared SDK version; std::logic_error without
-  // an id.
+  /// Asks the platform for the application's id and declared SDK version. Throws std::logic_error
+  /// when there is no id.
   NorixImpl();
   ~NorixImpl() = default;
   NorixImpl(const NorixImpl &) = delete;
@@ -35,20 +35,21 @@ public:
   int setAppStateRequestCb(norix_app_state_request_cb callback, void *userData);
   int unsetAppStateRequestCb();
   int completeAppStateRequest(void *requestHandle, const std::string &appState);
-  // The name is part of the contract, as it is spelled.
+  /// The spelling of the name is part of the contract.
   int setActionExcutionCb(const std::string &actionId, norix_action_execution_cb callback,
                           void *userData);
   int unsetExecuteActionCb(const std::string &actionId);
   int completeActionExecution(void *requestHandle, const std::string &result);
 
-  // Takes a request over from its sender. The bundle stays the caller's.
+  /// Abandons the request in progress and routes the new one. The caller keeps the ownership of the
+  /// bundle.
   void executeRequest(const char *senderAppId, bundle *request);
-  // Empty when the handle names no request.
+  /// Empty when the handle names no request.
   std::string getActionName(void *requestHandle);
 
   static NorixImpl *_instance;
 
-  // Sender → the delegate through which it wants its responses.
+  /// Sender → the delegate that it registered for its responses.
   std::map<std::string, std::unique_ptr<ResponseCB>> _responseCbMap;
 
 private:

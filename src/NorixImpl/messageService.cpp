@@ -18,7 +18,7 @@ namespace norix {
 
 namespace {
 
-// What the proxy finds in the answer to SetCB and UnsetCB.
+// The results of SetCB and UnsetCB, which are sent to the proxy.
 constexpr int kDone = 0;
 constexpr int kRefused = -1;
 
@@ -48,8 +48,9 @@ std::string allowListPath() {
   return path.append(folder).append(name);
 }
 
-// Adds the lines of a file, split at '\n' only, up to its end or to where it cannot be read. Text
-// behind the last '\n' is a line at the end of the file, and none where reading failed.
+// Adds the lines of a file, split at '\n' only, up to its end or to a read error. A last line
+// without
+// '\n' counts at the end of the file, but not before a read error.
 void readLines(const Descriptor &file, std::unordered_set<std::string> &lines) {
   std::array<char, 1024> block;
   std::string line;
@@ -147,8 +148,8 @@ bool messageService::isPermittedSender() {
   if (_allowedAppIds.empty()) {
     const std::string path = allowListPath();
     NORIX_LOG_FORMAT("res_path : %s", path.c_str());
-    // A descriptor and not a stream: every request looks for the list, hardly any device has it,
-    // and a stream costs more than the rest of the check.
+    // A descriptor and not a stream: the list is looked for at every request, most devices have
+    // none, and a stream costs more than the rest of the check.
     const Descriptor list(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (list.number() < 0) {
       NORIX_LOG("allow_list.dat file not present, allowing all apps");

@@ -10,8 +10,8 @@
 
 namespace norix {
 
-// What a connected proxy gets: it may register and drop its response delegate and send requests, if
-// the allow list names it.
+/// The service of a connected proxy: registers and drops its response delegate and passes its
+/// requests on, if the allow list permits the sender.
 class messageService : public rpc_port::message::stub::message::ServiceBase {
 public:
   using Bundle = rpc_port::message::Bundle;
@@ -30,12 +30,12 @@ public:
   int UnsetCB() override;
   void Send(Bundle request) override;
 
-  // Whether the sender may be served. Without the allow-list file everybody may.
+  /// Whether the sender may use the library. Without the allow-list file, every sender may.
   bool isPermittedSender();
 
 private:
-  // The lines of the allow-list file, each exactly as it stands there. The file is read until it
-  // has yielded one; its later changes count for new connections only.
+  /// The lines of the allow-list file, unchanged. Read at each check until there is at least one
+  /// line; later changes of the file count for new connections only.
   std::unordered_set<std::string> _allowedAppIds;
 };
 

@@ -60,7 +60,7 @@ int StateRequestImpl::setAppStateRequestCb(norix_app_state_request_cb callback, 
     }
     *_stateRequestInfo = {callback, userData};
   }
-  // Kept: says that the call was made, for a null callback as well.
+  // Kept: support takes this line as a sign of the call, also with a null callback.
   NORIX_LOG("App State Request cb has been set");
   return NORIX_ERROR_NONE;
 }
@@ -79,7 +79,7 @@ void StateRequestImpl::receiveRequest(const std::string &senderAppId, const std:
     _completeCheckTimer = ecore_timer_add(COMPLETE_CHECKING_TIME * COMPLETE_WAITING_MAX_COUNT,
                                           _appStateRequestCompleteCheckCb, this);
     void *const requestHandle = commonData->assignHandle(actionId);
-    // Last: the application may do anything in its callback, also unset it or deinitialise.
+    // The last step: inside its callback the application may unset it, or deinitialise the library.
     _stateRequestInfo->callback(requestHandle, _stateRequestInfo->userData);
     return;
   }
@@ -124,7 +124,7 @@ int StateRequestImpl::completeAppStateRequest(void *requestHandle, const std::st
   ecore_timer_del(_completeCheckTimer);
   _completeCheckTimer = nullptr;
   NORIX_LOG("App result:");
-  // Again: a request that has arrived meanwhile must not be answered with this state.
+  // Compared again: a request may have arrived while the line above was logged.
   if (requestId != commonData->_requestId) {
     NORIX_LOG_FORMAT("Discarding response recieved for old requestId %llu", requestId);
     return NORIX_ERROR_NONE;
@@ -140,8 +140,7 @@ int StateRequestImpl::completeAppStateRequest(void *requestHandle, const std::st
   NORIX_LOG_FORMAT("%s", appContext.c_str());
   const int sent = sendResponse(response);
   NORIX_LOG_FORMAT("[NorixClient <- App] send result: %d", sent);
-  // The handle stays known until its number is drawn again: a second answer is told that it comes
-  // too late.
+  // Kept: the entry of the handle is not erased, so that a second answer is late and not unknown.
   return sent;
 }
 
@@ -194,11 +193,11 @@ int StateRequestImpl::sendResponse(bundle *response) {
   std::string appId = copyAndFree(appIdText);
   NORIX_LOG_FORMAT("App Id %s", appId.c_str());
 
-  // A client that never registered a delegate gets an entry without one.
+  // Inserts an empty entry for a client that has registered no delegate.
   const auto &responseCb = norixImpl->_responseCbMap[commonData->_norixClientAppId];
   if (responseCb == nullptr) {
     NORIX_LOG("response error: InvalidCallbackException");
-    // Kept: a response without a delegate costs its memory.
+    // Kept: without a delegate, the response is not freed.
     (void)owned.release();
     return NORIX_ERROR_OPERATION_FAILED;
   }

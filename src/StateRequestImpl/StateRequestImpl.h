@@ -17,25 +17,25 @@ struct StateRequestInfo {
   void *userData;
 };
 
-// App state requests: the application's one callback, the delivery of a request to it, the wait for
-// its answer, and the response.
+/// App state requests: the one callback that the application registered, the delivery of a request
+/// to it, the wait for the answer, and the response.
 class StateRequestImpl {
 public:
   static StateRequestImpl *getInstance();
   static void _initInstance();
 
   int initialize();
-  // Forgets the callback. A request in progress still times out.
+  /// Forgets the callback. A request in progress still times out.
   int deinitialize();
 
   int setAppStateRequestCb(norix_app_state_request_cb callback, void *userData);
   int unsetAppStateRequestCb();
 
-  // Hands the request to the callback, or answers at once that there is none.
+  /// Hands the request to the callback; without one, answers with a failure at once.
   void receiveRequest(const std::string &senderAppId, const std::string &actionId);
   int completeAppStateRequest(void *requestHandle, const std::string &appContext);
 
-  // Abandons the request in progress.
+  /// Cancels the timer of the request in progress, which gets no response any more.
   void deleteTimer();
 
   static StateRequestImpl *_instance;
@@ -43,7 +43,8 @@ public:
 private:
   static Eina_Bool _appStateRequestCompleteCheckCb(void *data);
 
-  // Takes the response over, except where its failures say otherwise.
+  /// Sends the response through the client's delegate. Takes ownership of it, except on the
+  /// failures that are documented to leak it.
   int sendResponse(bundle *response);
 
   std::unique_ptr<StateRequestInfo> _stateRequestInfo;

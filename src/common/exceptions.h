@@ -4,11 +4,10 @@
 
 namespace norix {
 
-// Logs the exception that is being handled: called in the catch (...) block of a function that the
-// platform calls. An exception must not leave such a function. Ecore never ends a timer that one
-// has passed through, whatever its callback returns afterwards and whether it is deleted or not,
-// and calls it in every turn of the loop; it runs no job any more after a job was left so; and a
-// loop that was left from a descriptor's handler hangs when it is begun again.
+/// Logs the exception that is being handled. To be called in the catch (...) block of a function
+/// that the platform calls: no exception may leave such a function. After an exception has passed
+/// through Ecore, a timer is called in every turn of the loop and can be ended neither by its
+/// result nor by ecore_timer_del, no job runs any more, or the loop hangs when it is begun again.
 void logStoppedException();
 
 } // namespace norix

@@ -6,7 +6,7 @@
 
 namespace norix {
 
-// The file name without its folders; cut at compile time.
+/// The file name without its folders; cut at compile time.
 constexpr const char *baseName(const char *path) {
   const char *name = path;
   for (const char *at = path; *at != '\0'; ++at) {
@@ -19,9 +19,9 @@ constexpr const char *baseName(const char *path) {
 
 } // namespace norix
 
-// One line of the platform log, of the function that it stands in. Every line has the priority
-// DLOG_ERROR, whatever it says: devices drop the lower ones, and the lines are what support works
-// with. The two macros differ only in that ISO C++17 knows no empty variadic argument.
+/// Writes one line to the platform log, with the name of the calling function. Every line has the
+/// priority DLOG_ERROR: devices drop lower priorities, and support needs the lines. There are two
+/// macros because ISO C++17 does not allow empty variadic arguments.
 #define NORIX_LOG(text)                                                                            \
   do {                                                                                             \
     constexpr const char *norixLogFile = norix::baseName(__FILE__);                                \
@@ -37,7 +37,7 @@ constexpr const char *baseName(const char *path) {
   } while (false)
 
 #define NORIX_LOG_TAG "NORIX-APPSDK"
-// The blank at its end is part of it: log filters in the field match the line as it is.
+/// The blank at the end is needed: log filters in use match it.
 #define NORIX_LOG_VERSION "v1.0-beta.1.4_tz6.5_211014 : "
 
 #endif

@@ -8,13 +8,13 @@
 
 namespace norix {
 
-// The two response bundles, null when the platform gives none. Both carry the id of the request in
-// progress, and the assistant relies on the order of the keys.
+/// The two kinds of response bundle; null when the platform cannot create one. The assistant relies
+/// on the order of the keys.
 
-// What the application answered, under the key of its kind of request.
+/// The application's answer, under the key of its kind of request.
 bundle *createAnswer(const char *key, const std::string &text, unsigned long long requestId);
 
-// Why the library answers in the application's place; the text under the key is empty.
+/// A failure, with a message and an empty text under the key.
 bundle *createFailure(const char *key, const char *message, unsigned long long requestId);
 
 } // namespace norix

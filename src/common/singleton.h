@@ -8,9 +8,9 @@
 
 namespace norix {
 
-// The one object of a class, made by the first call and never destroyed: the platform may still
-// call into it while the process ends. Null for good when that first allocation failed. The class
-// has the static members _instance and _initInstance.
+/// The process-wide object of a class, created by the first call and never destroyed, because the
+/// platform may still call it while the process ends. Null for good when that first allocation
+/// failed. The class has the static members _instance and _initInstance.
 template <class Object>
 Object *instanceOf() {
   if (Object::_instance != nullptr) {

@@ -9,8 +9,8 @@
 
 namespace norix {
 
-// A C text, as a view and as a copy. Both throw std::logic_error for null, with one wording
-// whatever the C++ runtime: constructing a std::string from null is undefined in C++17.
+/// A C text as a view and as a copy. Both throw std::logic_error for null, with the same message in
+/// every C++ runtime: constructing a std::string from null is undefined in C++17.
 std::string_view viewOf(const char *text);
 std::string textOf(const char *text);
 
@@ -18,10 +18,10 @@ struct FreeText {
   void operator()(char *text) const { std::free(text); }
 };
 
-// A text that the platform allocated and leaves to its caller.
+/// Owner of a text that the platform allocated for its caller.
 using OwnedText = std::unique_ptr<char, FreeText>;
 
-// A copy of such a text, which is freed before this returns.
+/// A copy of such a text, which is freed before this returns.
 std::string copyAndFree(char *text);
 
 } // namespace norix

@@ -6,8 +6,8 @@
 
 namespace rpc_port::message {
 
-// Owner of one platform bundle. Move-only: nothing here needs a second owner, and a copy would
-// have to duplicate the whole bundle.
+/// Owner of one platform bundle. Move-only: a copy would have to duplicate the whole bundle, and
+/// nothing here needs one.
 class Bundle {
 public:
   explicit Bundle(bundle *handle) noexcept;
@@ -17,7 +17,7 @@ public:
   Bundle &operator=(const Bundle &) = delete;
   ~Bundle();
 
-  // Borrowed; null when there is none.
+  /// Borrowed; null when there is none.
   bundle *GetHandle() const;
 
 private:

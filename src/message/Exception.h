@@ -4,17 +4,17 @@
 
 namespace rpc_port::message::stub {
 
-// What the message channel throws. The type is the whole message: the classes are empty, and none
-// is a std::exception.
+/// Base of the channel's exceptions. They are told apart by their type: the classes are empty, and
+/// do not derive from std::exception.
 class Exception {};
 
-// The delegate has no callback port, or the connection that registered it is gone.
+/// The delegate has no callback port, or the connection that registered it is gone.
 class NotConnectedSocketException : public Exception {};
 
-// A once-only delegate was invoked before.
+/// A once-only delegate was invoked before.
 class InvalidCallbackException : public Exception {};
 
-// The stub could not be created or could not listen.
+/// The stub could not be created or could not listen.
 class InvalidIOException : public Exception {};
 
 } // namespace rpc_port::message::stub

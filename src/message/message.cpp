@@ -12,8 +12,8 @@
 #include <string_view>
 #include <utility>
 
-// The channel's own lines: its tag, the file, the function and the line. See NORIX_LOG for why
-// there are two.
+// One log line of the channel: its tag, the file, the function and the line. NORIX_LOG says why
+// there are two macros.
 #define STUB_LOG(text)                                                                             \
   dlog_print(DLOG_ERROR, "RPC_PORT_STUB", "%s: %s(%d) > " text, kFileName, __func__, __LINE__)
 #define STUB_LOG_FORMAT(format, ...)                                                               \
@@ -26,7 +26,7 @@ namespace {
 
 constexpr const char *kFileName = norix::baseName(__FILE__);
 constexpr const char *kPortName = "message";
-// What the platform is told about a request that nobody served.
+// Returned to the platform for a request that was not processed.
 constexpr int kNotServed = -1;
 
 // The first field of every parcel.
@@ -55,7 +55,7 @@ public:
   Parcel &operator=(const Parcel &) = delete;
   ~Parcel() { rpc_port_parcel_destroy(_handle); }
 
-  // An empty one. Null when there is no memory; the platform refuses to write into that.
+  // A new, empty parcel; null without memory. The platform's calls refuse a null parcel.
   static rpc_port_parcel_h create() {
     rpc_port_parcel_h handle = nullptr;
     rpc_port_parcel_create(&handle);
@@ -154,7 +154,7 @@ void message::Listen(std::shared_ptr<ServiceBase::Factory> factory) {
     return;
   }
   STUB_LOG("Failed to listen stub");
-  // Only these two count: with any other code the platform has been seen to listen all the same.
+  // Only these two codes are failures: with other codes the platform was seen to listen.
   if (result == RPC_PORT_ERROR_INVALID_PARAMETER || result == RPC_PORT_ERROR_IO_ERROR) {
     throw InvalidIOException();
   }
@@ -201,7 +201,7 @@ void message::OnDisconnectedCB(const char * /*sender*/, const char *instance, vo
 int message::OnReceivedCB(const char * /*sender*/, const char *instance, rpc_port_h port,
                           void *userData) {
   auto *const self = static_cast<message *>(userData);
-  // Held to the end: a request may disconnect its own connection or destroy the stub.
+  // Keeps the service alive to the end: a request may close its own connection or destroy the stub.
   const std::shared_ptr<ServiceBase> connected = self->findService(instance);
   if (connected == nullptr) {
     STUB_LOG_FORMAT("Failed to find $$ context(%s)", instance);
@@ -211,7 +211,7 @@ int message::OnReceivedCB(const char * /*sender*/, const char *instance, rpc_por
   rpc_port_h callbackPort = nullptr;
   if (rpc_port_stub_get_port(self->stub_handle, RPC_PORT_PORT_CALLBACK, instance, &callbackPort)
       != RPC_PORT_ERROR_NONE) {
-    // Served all the same; only what it registers cannot be called back.
+    // The request is processed nevertheless; a delegate that it registers cannot be called back.
     STUB_LOG("Failed to get callback port");
   }
   rpc_port_parcel_h received = nullptr;

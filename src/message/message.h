@@ -16,12 +16,12 @@
 
 namespace rpc_port::message::stub {
 
-// The stub of the interface "message": one service per connected proxy, made by the factory; every
-// parcel of a proxy becomes a call of its service. All of it runs on the main loop.
+/// The stub of the interface "message": one service per connected proxy, made by the factory; every
+/// parcel of a proxy becomes a call of its service. All of it runs on the main loop.
 class message {
 public:
-  // Base of every delegate: a callback object that lives in the proxy and is named here by three
-  // values.
+  /// Base of every delegate. A delegate is a callback object of the proxy; on this side it is known
+  /// by three values.
   class CallbackBase {
   public:
     CallbackBase(int delegateId, bool once);
@@ -31,14 +31,14 @@ public:
     int GetSeqId() const { return seqId; }
     bool IsOnce() const { return once; }
 
-    // The delegate as text: id, two colons, sequence id.
+    /// The delegate as text: id, two colons, sequence id.
     std::string GetTag() const;
 
   private:
     friend rpc_port_parcel_h operator<<(rpc_port_parcel_h parcel, const CallbackBase &callback);
     friend rpc_port_parcel_h operator>>(rpc_port_parcel_h parcel, CallbackBase &callback);
 
-    // Counts every delegate ever made; never reset.
+    /// Counts every delegate ever made; never reset.
     static std::atomic<int> seq_num_;
 
     int id;
@@ -48,35 +48,36 @@ public:
 
   class ServiceBase;
 
-  // The delegate through which a proxy wants its responses.
+  /// The delegate that a proxy registers to receive responses.
   class ResponseCB : public CallbackBase {
   public:
     ResponseCB(rpc_port_h callbackPort, std::weak_ptr<ServiceBase> registeringService);
 
-    // Sends the text and the bundle to the proxy. Throws NotConnectedSocketException when the
-    // connection is gone, InvalidCallbackException when a once-only delegate was used before. A
-    // send that fails goes unnoticed: the proxy that does not hear us is about to disconnect.
+    /// Sends the text and the bundle to the proxy. Throws NotConnectedSocketException when the
+    /// connection is gone, InvalidCallbackException when a once-only delegate was used before. A
+    /// failed send is not reported: its connection is about to end, which the proxy notices.
     void Invoke(std::string text, Bundle response);
 
   private:
     rpc_port_h callback_port;
-    // Weak: a stored delegate must not keep the service of a closed connection alive.
+    /// Weak: a stored delegate must not keep the service of a closed connection alive.
     std::weak_ptr<ServiceBase> service;
     bool valid = true;
   };
 
-  // What a connected proxy may ask for.
+  /// The operations that a connected proxy can call. They must not throw: they are called from the
+  /// platform's event dispatch.
   class ServiceBase {
   public:
     class Factory {
     public:
-      // Never null.
+      /// Never null.
       virtual std::unique_ptr<ServiceBase> CreateService(std::string sender,
                                                          std::string instance) = 0;
 
     protected:
-      // Not virtual: the shared pointer given to Listen is made from the concrete factory, whose
-      // destructor its deleter calls.
+      /// Not virtual: the shared pointer given to Listen is made from the concrete factory, whose
+      /// destructor its deleter calls.
       ~Factory() = default;
     };
 
@@ -98,13 +99,13 @@ public:
     std::string instance;
   };
 
-  // Throws InvalidIOException when the platform gives no stub.
+  /// Throws InvalidIOException when the platform gives no stub.
   message();
   ~message();
   message(const message &) = delete;
   message &operator=(const message &) = delete;
 
-  // Starts accepting proxies. Throws InvalidIOException for the two codes that count as failure.
+  /// Starts accepting proxies. Throws InvalidIOException for the two codes that count as failure.
   void Listen(std::shared_ptr<ServiceBase::Factory> factory);
 
 private:
@@ -113,8 +114,8 @@ private:
   static int OnReceivedCB(const char *sender, const char *instance, rpc_port_h port,
                           void *userData);
 
-  // The hash of the instance lies beside each service: with hundreds of proxies connected, reading
-  // all their instances took a tenth of the application's time.
+  /// A service and the hash of its instance. With hundreds of proxies connected, comparing
+  /// instances without a hash took a tenth of the application's time.
   struct Connected {
     std::size_t instanceHash;
     std::shared_ptr<ServiceBase> service;
@@ -127,7 +128,7 @@ private:
   std::list<Connected> services; // In the order in which they connected.
 };
 
-// A delegate in a parcel: id, sequence id, once.
+/// A delegate in a parcel: id, sequence id, once.
 rpc_port_parcel_h operator<<(rpc_port_parcel_h parcel, const message::CallbackBase &callback);
 rpc_port_parcel_h operator>>(rpc_port_parcel_h parcel, message::CallbackBase &callback);
 

@@ -10,14 +10,14 @@
 
 namespace fake {
 
-// The application: calls the library as any application does, and keeps what its callbacks got.
+/// The application: calls the library as any application does, and keeps what its callbacks got.
 class App {
 public:
   struct Request {
     void *handle;
-    // The handler number behind the handle.
+    /// The handler number behind the handle.
     int number;
-    // Empty for an app state request.
+    /// Empty for an app state request.
     Contents params;
   };
 
@@ -28,10 +28,10 @@ public:
   int answersState(const char *appContext);
   int answersAction(const char *result);
 
-  // Initialised, with nothing recorded so far.
+  /// Initialised, with nothing recorded so far.
   void isReady();
 
-  // What it does inside its callbacks, after having kept the request.
+  /// What it does inside its callbacks, after having kept the request.
   std::function<void(const Request &)> onState;
   std::function<void(const Request &)> onAction;
 
@@ -43,7 +43,7 @@ private:
   static void actionCallback(void *handle, bundle *params, void *self);
 };
 
-// The int that a request handle points at.
+/// The int that a request handle points at.
 int numberBehind(const void *handle);
 
 } // namespace fake

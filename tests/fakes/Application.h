@@ -16,12 +16,12 @@ struct app_info_s {
 
 namespace fake {
 
-// The application as the platform knows it: its id and its manifest's metadata.
+/// The application as the platform knows it: its id and its manifest's metadata.
 class Application {
 public:
-  // Without an id the process was not launched as an application.
+  /// Without an id the process was not launched as an application.
   std::optional<std::string> id;
-  // What app_get_id returns, whatever it delivers.
+  /// The result of app_get_id, also when it delivers an id.
   int idResult = 0;
   std::vector<std::pair<std::string, std::string>> metadata;
 
@@ -32,7 +32,7 @@ public:
 
 private:
   std::vector<std::unique_ptr<app_info_s>> _infos;
-  // Kept, so that a stale handle never names a new object.
+  /// Kept, so that a stale handle never equals that of a new object.
   std::vector<std::unique_ptr<app_info_s>> _destroyed;
   int _created = 0;
 };

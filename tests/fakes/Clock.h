@@ -19,26 +19,27 @@ struct FakeTimer {
   bool alive;
 };
 
-// Time and timers. Time passes only when the test says so.
+/// The time and the timers, under the control of the test.
 class Clock {
 public:
-  // Timers that come due fire, the earliest first, those of one moment in the order of creation; a
-  // timer whose callback returns 1 goes on. An exception of a callback passes through.
+  /// Lets time pass and calls the timers that come due: in the order of their times, and of their
+  /// creation at the same time. A timer whose callback returns 1 is renewed. An exception of a
+  /// callback passes through.
   void advance(double seconds);
 
   std::vector<FakeTimer> alive() const;
 
-  // The library's side.
+  /// The library's side.
   Ecore_Timer *add(double interval, Ecore_Task_Cb callback, const void *data);
-  // Null for a timer that is not alive.
+  /// Null for a timer that is not alive.
   const FakeTimer *find(const Ecore_Timer *handle) const;
-  // The data of the timer, null for one that is not alive: harmless, as with Ecore.
+  /// The data of the timer, null for one that is not alive: harmless, as with Ecore.
   void *remove(const Ecore_Timer *handle);
 
 private:
   FakeTimer *nextDue(int64_t until);
 
-  // Timers that ended stay in here, so that a stale handle never names a new timer.
+  /// Timers that ended stay in here, so that a stale handle never names a new timer.
   std::vector<std::unique_ptr<FakeTimer>> _timers;
   int64_t _now = 0;
 };

@@ -12,7 +12,7 @@
 
 namespace fake {
 
-// The platform's handles are void pointers: these give them a type to be described by.
+/// Types for the platform's handles, which are all void pointers.
 struct StubHandle {
   rpc_port_stub_h handle;
 };
@@ -23,8 +23,8 @@ struct ParcelHandle {
   rpc_port_parcel_h handle;
 };
 
-// An argument of a platform call as the journal shows it: handles by the order of their creation
-// ("bundle 2"), null as "null", long texts cut.
+/// An argument of a platform call as the journal shows it: handles by the order of their creation
+/// ("bundle 2"), null as "null", long texts cut.
 std::string describe(const char *text);
 std::string describe(int number);
 std::string describe(bool value);

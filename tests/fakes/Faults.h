@@ -9,18 +9,18 @@
 
 namespace fake {
 
-// The name under which the library's non-throwing allocations stand in the journal and here.
+/// The name under which the library's non-throwing allocations stand in the journal and here.
 inline constexpr const char *kNothrowNew = "new(nothrow)";
 
-// Which calls of the platform fail.
+/// Which calls of the platform fail.
 class Faults {
 public:
-  // The nth call from now fails; nth starts at 1. Where the function returns a code, it is result.
+  /// The nth call from now fails; nth starts at 1. Where the function returns a code, it is result.
   void fail(const std::string &function, int nth = 1, int result = -5);
-  // Every call from now on fails.
+  /// Every call from now on fails.
   void failAlways(const std::string &function, int result = -5);
 
-  // Counts one call and says with what result it fails, if it does.
+  /// Counts one call and says with what result it fails, if it does.
   std::optional<int> next(const std::string &function);
 
 private:

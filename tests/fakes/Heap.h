@@ -8,9 +8,9 @@
 
 namespace fake {
 
-// The heap blocks that the library has to release: those that it allocated, and the texts that the
-// platform handed to it. operator new and delete are replaced, malloc, strdup and free are wrapped
-// by the linker.
+/// The heap blocks that the library has to release: those that it allocated, and the texts that the
+/// platform handed to it. operator new and delete are replaced, malloc, strdup and free are wrapped
+/// by the linker.
 class Heap {
 public:
   enum class Owner {
@@ -23,20 +23,20 @@ public:
     size_t size;
   };
 
-  // The one heap of the process; blocks stay known until they are released.
+  /// The one heap of the process; blocks stay known until they are released.
   static Heap &instance();
 
   void allocated(const void *block, size_t size, Owner owner);
   void released(const void *block);
   bool holds(const void *block) const { return _blocks.count(block) != 0; }
-  // Blocks of earlier tests are no concern of the next one.
+  /// Forgets the blocks of earlier tests.
   void forgetAll();
 
-  // The next nth throwing operator new of the library throws std::bad_alloc; 1 is the next.
+  /// The next nth throwing operator new of the library throws std::bad_alloc; 1 is the next.
   void failNew(int nth) { _newsUntilFailure = nth; }
   bool nextNewFails() { return _newsUntilFailure > 0 && --_newsUntilFailure == 0; }
 
-  // A copy as the platform hands it out.
+  /// A copy as the platform hands it out.
   char *platformText(const char *text);
 
   const std::unordered_map<const void *, Block> &blocks() const { return _blocks; }
@@ -44,7 +44,7 @@ public:
 
 private:
   std::unordered_map<const void *, Block> _blocks;
-  // Keeps forgotten blocks reachable: no leak checker may take them for this test's.
+  /// Keeps forgotten blocks reachable, so that a leak checker does not report them.
   std::unordered_map<const void *, Block> _forgotten;
   int _newsUntilFailure = 0;
 };

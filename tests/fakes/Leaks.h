@@ -9,12 +9,12 @@
 
 namespace fake {
 
-// What a test may leave behind, and whether it left more or less than that.
+/// Compares what the library left behind with what the test expects to be left.
 class Leaks {
 public:
   void expectLeft(DeliberateLeak leak, std::size_t times);
 
-  // One sentence per kind of thing of which not exactly the expected number is left.
+  /// One sentence per kind of thing of which not exactly the expected number is left.
   std::vector<std::string> complaints() const;
 
 private:

@@ -4,17 +4,17 @@
 
 namespace fake {
 
-// Whose code runs at the moment: the library's, or the test's and the fakes'. Only what happens
-// inside the library counts in the journal of allocations, in the faults and in the leak check.
+/// Whether the library's code is running, and not that of the test or the fakes. Only what happens
+/// inside the library counts in the journal of allocations, in the faults and in the leak check.
 bool runningLibrary();
 
-// Sets it for a block, whatever way the block is left.
+/// Sets runningLibrary() for a block and restores it at its end.
 class LibraryScope {
 public:
   explicit LibraryScope(bool inside);
   ~LibraryScope();
 
-  // Whether the library ran before this block.
+  /// Whether the library ran before this block.
   bool leftLibrary() const { return _before; }
 
   LibraryScope(const LibraryScope &) = delete;
@@ -34,7 +34,7 @@ public:
   OutsideLibrary() : LibraryScope(false) {}
 };
 
-// Runs a call into the library that does not go through one of its exported functions.
+/// Runs a call into the library that does not go through one of its exported functions.
 template <typename Call>
 decltype(auto) library(Call call) {
   const InsideLibrary inside;

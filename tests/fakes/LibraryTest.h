@@ -18,16 +18,16 @@ namespace fake {
 
 inline constexpr const char *kAppId = "org.example.music";
 
-// Destroys the library's objects and fails the running test once for everything that is left then,
-// and for every misuse.
+/// Destroys the library's objects and fails the running test once for everything that is left then,
+/// and for every misuse.
 void reportWhatIsLeft();
 
-// A fresh platform and a fresh library: an application with an id and a usable SDK version, no
-// allow list, and nothing called yet.
+/// A fresh platform and a fresh library: an application with an id and a usable SDK version, no
+/// allow list, and nothing called yet.
 void startAnew();
 
-// Fails the test for what the library left behind or did wrong on the way. It is a base of its own,
-// so that it looks when everything that belongs to the test is gone.
+/// Fails the test for what the library left behind or did wrong on the way. It is a base of its
+/// own, so that it looks when everything that belongs to the test is gone.
 class NothingLeft : public testing::Test {
 protected:
   NothingLeft();
@@ -37,21 +37,21 @@ private:
   const char *_allowListPath;
 };
 
-// The library on a fresh platform. After the test the library is deinitialised.
+/// The library on a fresh platform. After the test the library is deinitialised.
 class LibraryTest : public NothingLeft {
 protected:
   void TearDown() override;
 
-  // One hour: longer than any timer of the library.
+  /// One hour: longer than any timer of the library.
   static constexpr double kLong = 3600;
 
-  // The allow list, as if it stood in its place.
+  /// The allow list, as if it stood in its place.
   void allowListIs(const std::string &content);
   void expectLeft(DeliberateLeak leak, std::size_t times = 1);
-  // What happens inside the next call of the platform that stands in the journal with these words:
-  // "dlog_print(Response success)".
+  /// Runs an action inside the next call of the platform with this entry in the journal, for
+  /// example "dlog_print(Response success)".
   static void inside(const std::string &call, const std::function<void()> &action);
-  // Forgets what was recorded so far.
+  /// Forgets what was recorded so far.
   static void forgetCalls();
   static std::vector<std::string> log() { return platform().log.texts(); }
   static const std::vector<LogLine> &logLines() { return platform().log.lines(); }
@@ -66,7 +66,7 @@ private:
   std::string _allowListFolder;
 };
 
-// Most tests: initialised, and an assistant that is connected and registered.
+/// Most tests: initialised, and an assistant that is connected and registered.
 class ReadyLibraryTest : public LibraryTest {
 protected:
   void SetUp() override;

@@ -7,7 +7,7 @@
 
 namespace fake {
 
-// One line of the platform log, taken apart: the arguments in front and the message text behind.
+/// One line of the platform log, split into its leading arguments and its message text.
 struct LogLine {
   int priority;
   std::string tag;
@@ -25,7 +25,7 @@ public:
   void clear() { _lines.clear(); }
 
   const std::vector<LogLine> &lines() const { return _lines; }
-  // The message texts alone.
+  /// The message texts alone.
   std::vector<std::string> texts() const;
   const LogLine &last() const { return _lines.at(_lines.size() - 1); }
 

@@ -12,9 +12,9 @@
 
 namespace fake {
 
-// testing::ElementsAre for the lists that nearly every test compares. These are compiled once;
-// testing::ElementsAre is compiled anew for each number and each combination of its arguments,
-// which takes most of the time that a test file needs.
+/// testing::ElementsAre for the lists that nearly every test compares. These are compiled once;
+/// testing::ElementsAre is compiled anew for each number and each combination of its arguments,
+/// which takes most of the time that a test file needs.
 testing::Matcher<const std::vector<std::string> &>
 TextsAre(std::initializer_list<std::string> texts);
 testing::Matcher<const std::vector<Contents> &>

@@ -4,8 +4,9 @@
 
 namespace fake {
 
-// For its block, the library finds that there is no client. Every std::string has a buffer, so that
-// no use of one leads there: the linker sends the library's question here (--wrap).
+/// Makes the library see no client for the length of a block. A std::string always has a buffer, so
+/// that no call of the library leads to this state: NorixCommonData::hasClient is wrapped by the
+/// linker.
 class NoClient {
 public:
   NoClient();

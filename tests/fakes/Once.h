@@ -8,8 +8,8 @@
 
 namespace fake {
 
-// The once-flags that the library's singletons used. They are reset with the platform, so that each
-// test meets the singletons as a new process does. What runs is the real pthread_once.
+/// The once-flags that the library's singletons used. They are reset with the platform, so that
+/// each test meets the singletons as a new process does. What runs is the real pthread_once.
 class Once {
 public:
   Once() = default;

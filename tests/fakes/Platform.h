@@ -22,8 +22,8 @@
 
 namespace fake {
 
-// The platform as the library sees it through the C functions of this folder, and as a test scripts
-// and inspects it.
+/// The platform as the library sees it through the C functions of this folder, and as a test
+/// scripts and inspects it.
 struct Platform {
   Journal journal;
   Faults faults;
@@ -35,22 +35,21 @@ struct Platform {
   Once once;
   Leaks leaks;
 
-  // What happens inside the next call of a function, before it does anything: another part of the
-  // process may run there.
+  /// Runs inside the next call of a function, before the call does anything.
   std::map<std::string, std::function<void()>> during;
 
-  // What no correct library does: a handle that is not alive, for one. Each fails the test.
+  /// Incorrect calls, such as one with a handle that is not alive. Each fails the test.
   std::vector<std::string> misuses;
 };
 
-// The one that the C functions serve.
+/// The platform that the C functions use.
 Platform &platform();
 
-// A fresh one: nothing recorded, nothing scripted, nothing alive.
+/// Replaces it by a new one, with nothing recorded, scripted or alive.
 void resetPlatform();
 
-// One call of the platform by the library: leaves the library's scope for the time of the call,
-// writes it into the journal and asks whether it is to fail.
+/// One call of the platform by the library: leaves the library's scope for the time of the call,
+/// writes it into the journal and asks whether it is to fail.
 class PlatformCall {
 public:
   template <typename... Arguments>
@@ -61,7 +60,7 @@ public:
     }
   }
 
-  // The result with which this call has to fail.
+  /// The result with which this call has to fail.
   std::optional<int> failure() const { return _failure; }
 
 private:

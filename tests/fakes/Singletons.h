@@ -4,9 +4,8 @@
 
 namespace fake {
 
-// The library's four objects live as long as the process; a test lives shorter. Destroys them, and
-// what they own with them: what is left then belongs to nobody. The next call makes them anew, as a
-// new process does.
+/// Destroys the library's four process-wide objects with everything they own, so that the next call
+/// creates them as in a new process. What is left after that has been leaked.
 void destroySingletons();
 
 } // namespace fake

@@ -12,19 +12,19 @@
 
 namespace fake {
 
-// One entry of a bundle: a string or bytes have one value, arrays any number.
+/// One entry of a bundle: a string or bytes have one value, arrays any number.
 struct Entry {
   std::string key;
   int type;
   std::vector<std::string> values;
 };
 
-// What a bundle holds, in the order of insertion.
+/// What a bundle holds, in the order of insertion.
 using Contents = std::vector<Entry>;
 
 Entry text(std::string key, std::string value);
 Entry bytes(std::string key, std::string value);
-// The eight bytes of a request id in host byte order.
+/// The eight bytes of a request id in host byte order.
 Entry id(std::string key, uint64_t value);
 Entry texts(std::string key, std::vector<std::string> values);
 Entry byteArrays(std::string key, std::vector<std::string> values);
@@ -32,10 +32,10 @@ Entry byteArrays(std::string key, std::vector<std::string> values);
 bool operator==(const Entry &one, const Entry &other);
 void PrintTo(const Entry &entry, std::ostream *out);
 
-// What a bundle of the library holds now. A bundle that is not alive is a misuse.
+/// What a bundle of the library holds now. A bundle that is not alive is a misuse.
 Contents contentsOf(bundle *handle);
 
-// One field of a parcel.
+/// One field of a parcel.
 struct Int32 {
   int value;
 };
@@ -50,7 +50,7 @@ struct BundleOf {
 };
 using Field = std::variant<Int32, Bool, Text, BundleOf>;
 
-// The fields of a parcel, in order.
+/// The fields of a parcel, in order.
 using Parcel = std::vector<Field>;
 
 bool operator==(const Int32 &one, const Int32 &other);

@@ -14,7 +14,7 @@ inline auto isTickLine(const char *text) {
   return fake::IsLine("ActionRequestImpl.cpp", kTickFunction, text);
 }
 
-// A request that arrived before its callback was registered, and waits for it.
+/// A request that arrived before its callback was registered, and waits for it.
 class AnEarlyRequest : public fake::ReadyLibraryTest {
 protected:
   static constexpr double kInterval = 0.02;
@@ -28,7 +28,7 @@ protected:
   }
 
   static void ticks(int times) { fake::platform().clock.advance(kInterval * times); }
-  // Calls the timer's callback out of turn.
+  /// Calls the timer's callback out of turn.
   Eina_Bool fires(void *data) const {
     return fake::library([this, data] { return tick(data); });
   }

@@ -81,7 +81,7 @@ TEST_F(AnActionRequest, GetsTheNextHandle) {
   EXPECT_EQ(app.actionRequests.back().handle, &common->_actionHandlers[2]);
 }
 
-TEST_F(AnActionRequest, TakesTheNumberFromWhoeverHadIt) {
+TEST_F(AnActionRequest, TakesTheNumberFromTheRequestThatHadIt) {
   NorixCommonData::_instance->_actionHandlerMap[2] = {"older", 7};
 
   assistant.asksForAction("play", 42);

@@ -86,7 +86,7 @@ TEST_F(TheAllowList, IsFoundByItsNameToo) {
   NORIX_PROXY_ALLOW_APPID_LIST_FILE_NAME = "allow_list.dat";
 }
 
-TEST_F(TheAllowList, AllowsWhoeverItNames) {
+TEST_F(TheAllowList, AllowsTheSendersThatItNames) {
   allowListIs("org.example.other\ncom.valtren.tizen.norix\n");
 
   EXPECT_TRUE(serves(assistant));
@@ -283,7 +283,7 @@ TEST_F(TheAllowList, RefusesEverybodyWhenItCannotBeRead) {
   EXPECT_FALSE(serves(assistant));
 }
 
-// The platform's ids are C texts. Whoever gets another in here is looked up by the text up to it.
+// The platform's ids are C texts: a sender with a NUL inside counts up to it.
 TEST_F(TheAllowList, TakesASenderUpToItsFirstNul) {
   allowListIs("com.valtren.tizen.norix\n");
   const auto isPermitted = [](const std::string &sender) {
@@ -323,7 +323,7 @@ TEST_F(TheAllowList, IsLookedForInTheMiddleOfEachOfTheThreeCalls) {
   EXPECT_THAT(log(), Contains(kDropped).Times(1));
 }
 
-// A line that was read stays; one that was not read yet does not count.
+// The lines that a connection has read stay valid for it.
 TEST_F(TheAllowList, StaysAsItWasReadWhenItIsTakenAway) {
   allowListIs("org.example.other\n");
   EXPECT_FALSE(serves(assistant));
@@ -336,7 +336,7 @@ TEST_F(TheAllowList, StaysAsItWasReadWhenItIsTakenAway) {
   EXPECT_TRUE(serves(assistant));
 }
 
-// The assistant's own id is no exception, and nobody asks the constant that holds it.
+// The assistant's own id is no exception, and the constant that holds it is not read.
 TEST_F(TheAllowList, KnowsNoApplicationByItself) {
   const char *const name = std::exchange(NORIX_PROXY_APP_NAME, "org.example.other");
   fake::Assistant other("org.example.other", "instance-2");

@@ -167,7 +167,7 @@ INSTANTIATE_TEST_SUITE_P(ThatCounts, AListenFailure,
                            return "Minus" + std::to_string(-tested.param);
                          });
 
-// Not the channel's own exception: nobody catches it.
+// Not an exception of the channel: it is not caught.
 class AnotherExceptionOfListening : public Initialising {
 protected:
   static void listeningThrows() {

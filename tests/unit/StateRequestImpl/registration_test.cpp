@@ -41,7 +41,7 @@ protected:
     return library([] { return StateRequestImpl::getInstance()->unsetAppStateRequestCb(); });
   }
 
-  // A request that calls whatever is registered, and is answered by nobody.
+  // A request that calls the registered callback and is not answered.
   void request() {
     assistant.asksForState(1);
     library([] {

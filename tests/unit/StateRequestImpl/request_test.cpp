@@ -81,7 +81,7 @@ TEST_F(AStateRequest, RecordsItsSenderBeforeTheCallback) {
   expectLeft(DeliberateLeak::StateTimer);
 }
 
-TEST_F(AStateRequest, TakesTheNumberFromWhoeverHadIt) {
+TEST_F(AStateRequest, TakesTheNumberFromTheRequestThatHadIt) {
   NorixCommonData::_instance->_actionHandlerMap[2] = {"older", 7};
 
   assistant.asksForState(42);

@@ -12,15 +12,15 @@
 #include <utility>
 #include <vector>
 
-// A stub with services of the test's own: what it calls, in order, and with what.
+/// A stub with services of the test's own: what it calls, in order, and with what.
 struct Recorded {
   std::vector<std::string> events;
-  // What SetCB and UnsetCB return.
+  /// What SetCB and UnsetCB return.
   int result = 0;
-  // Whether SetCB keeps its delegate.
+  /// Whether SetCB keeps its delegate.
   bool keepsDelegate = true;
   std::vector<std::unique_ptr<rpc_port::message::stub::message::ResponseCB>> delegates;
-  // The latest delegate, also when it is gone.
+  /// The latest delegate, also when it is gone.
   const void *lastDelegate = nullptr;
   std::vector<fake::Contents> requests;
   std::function<void()> onSend;
@@ -130,7 +130,7 @@ protected:
   std::unique_ptr<Message> stub;
 };
 
-// Listening, with nothing recorded so far.
+/// Listening, with nothing recorded so far.
 class ListeningStubTest : public StubTest {
 protected:
   void SetUp() override {
@@ -140,7 +140,7 @@ protected:
   }
 };
 
-// With the assistant connected.
+/// With the assistant connected.
 class ConnectedStubTest : public ListeningStubTest {
 protected:
   void SetUp() override {

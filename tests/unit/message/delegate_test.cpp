@@ -101,7 +101,7 @@ TEST_F(ADelegate, IsDestroyedThroughItsBase) {
   EXPECT_TRUE((std::is_base_of_v<Message::CallbackBase, Message::ResponseCB>));
   EXPECT_TRUE(std::has_virtual_destructor_v<Message::ServiceBase>);
   EXPECT_TRUE(std::is_abstract_v<Message::ServiceBase>);
-  // A factory is not: whoever shares one shares the concrete one.
+  // A factory has none: shared pointers are made from the concrete factory.
   EXPECT_FALSE(std::has_virtual_destructor_v<Message::ServiceBase::Factory>);
   EXPECT_TRUE(std::is_abstract_v<Message::ServiceBase::Factory>);
 }

@@ -10,15 +10,15 @@
 #include <string>
 #include <vector>
 
-// Fails each platform call and each non-throwing allocation of a road in turn, once, each time in a
-// fresh library, and compares what came of it.
+/// Fails each platform call and each non-throwing allocation of a road in turn, once, each time in
+/// a fresh library, and compares what came of it.
 
-// What is seen of a road from outside.
+/// What is seen of a road from outside.
 struct Outcome {
-  // Of the last call; nothing when an exception came out.
+  /// Of the last call; nothing when an exception came out.
   std::optional<int> result;
   std::string lastLog;
-  // Requests that reached the application, results and responses that reached the assistant.
+  /// Requests that reached the application, results and responses that reached the assistant.
   size_t handed = 0;
   size_t results = 0;
   size_t responses = 0;
@@ -28,23 +28,23 @@ bool operator==(const Outcome &one, const Outcome &other);
 void PrintTo(const Outcome &outcome, std::ostream *out);
 
 struct Road {
-  // Up to the road's beginning; nothing fails there.
+  /// Up to the road's beginning; nothing fails there.
   std::function<void(fake::App &, fake::Assistant &)> prepare;
   std::function<int(fake::App &, fake::Assistant &)> run;
   std::vector<fake::DeliberateLeak> leaks = {};
 };
 
-// What the failure of one call changes. A call without an effect changes nothing.
+/// What the failure of one call changes. A call without an effect changes nothing.
 struct Effect {
   std::string function;
   int nth;
   std::function<void(Outcome &)> change;
   std::vector<fake::DeliberateLeak> leaks = {};
-  // Leaks of the road that do not happen then.
+  /// Leaks of the road that do not happen then.
   bool leavesNothing = false;
 };
 
-// An effect for a call that the road does not make is a mistake of the test, and fails it.
+/// An effect for a call that the road does not make is a mistake of the test, and fails it.
 void sweep(const Road &road, const std::vector<Effect> &effects);
 
 #endif

@@ -208,7 +208,7 @@ Cells answersUninitialised(World &world) {
   return after;
 }
 
-// --- Actions that nobody registered yet ---
+// --- Actions without a callback ---
 
 std::string statusMessage(const fake::Contents &response) {
   const auto found = std::find_if(response.begin(), response.end(),

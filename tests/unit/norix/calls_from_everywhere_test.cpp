@@ -312,7 +312,7 @@ TEST_P(ACallFromEverywhere, HasItsResult) {
   endEveryWait();
 
   EXPECT_THAT(results, testing::ElementsAre(situation.results.at(function)));
-  // An initialisation inside another makes a second stub, and the first is nobody's.
+  // An initialisation inside another makes a second stub and leaks the first.
   if (platform().ports.stubsAlive() > 1) {
     expectLeft(DeliberateLeak::StubOfFailedInitialise);
   }

@@ -38,7 +38,7 @@ struct Moment {
   // The platform's call inside which the function is called.
   std::string event;
   Results results;
-  // An initialisation inside that makes a stub of its own, of which one is nobody's in the end.
+  // Whether an initialisation inside makes a second stub, so that one is leaked.
   bool leavesAStub = false;
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Every text that comes in or goes out, whatever it looks like: it passes unchanged. (Action ids,
+// Every text that comes in or goes out passes unchanged. (Action ids,
 // answers and lines of the allow list have their tests where they belong.)
 #include "NorixImpl/NorixCommonData.h"
 #include "exported_calls.h"
