@@ -47,8 +47,10 @@ private:
 std::size_t checkedSize(const File &file, const std::string &path) {
   struct stat status = {};
   if (file.descriptor() < 0 || fstat(file.descriptor(), &status) != 0) {
+    const bool isLack = errno == EMFILE || errno == ENFILE;
     failReading(path, std::string("cannot be opened: ") + std::strerror(errno)
-                          + "; put a file there that the application's user may read");
+                          + (isLack ? "; close descriptors or raise their limit"
+                                    : "; put a file there that the application's user may read"));
   }
   if (!S_ISREG(status.st_mode)) {
     failReading(path, "is not a regular file; put the application's manifest there");

@@ -2,9 +2,11 @@
 #include "assistant/cli/CommandLine.h"
 
 #include "assistant/cli/parameters.h"
+#include "assistant/trace/visible.h"
 
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <manifest/AppId.h>
 #include <string>
 #include <vector>
 
@@ -32,8 +34,11 @@ constexpr double kShortestDeadline = 0.001;
 constexpr double kLongestDeadline = 86400.0;
 
 std::string checkAppId(const std::string &id) {
-  const bool isUsable = !id.empty() && id.find('/') == std::string::npos;
-  return isUsable ? std::string() : "'" + id + "' is no app id";
+  return platform::application::isUsableAppId(id)
+             ? std::string()
+             : "'" + trace::visible(id)
+                   + "' is no app id: 1 to 255 bytes, not '.' or '..', without "
+                   + "'/' and control characters";
 }
 
 std::string describe(const CLI::App *app, const CLI::Error &error) {

@@ -2,8 +2,8 @@
 #include "socket/Names.h"
 
 #include "common/bounds.h"
+#include "manifest/AppId.h"
 
-#include <algorithm>
 #include <app_common.h>
 #include <cerrno>
 #include <cstdlib>
@@ -11,24 +11,14 @@
 
 namespace platform::rpc_port {
 
-namespace {
-
-bool isFileName(std::string_view text, std::size_t maxSize) {
-  const auto isForbidden = [](char c) {
-    return c == '/' || static_cast<unsigned char>(c) < ' ' || c == '\x7f';
-  };
-  return !text.empty() && text.size() <= maxSize && text != "." && text != ".."
-         && std::none_of(text.begin(), text.end(), isForbidden);
-}
-
-} // namespace
+static_assert(kMaxAppId == application::kMaxAppId, "a hello has room for every app id");
 
 bool isAppId(std::string_view text) {
-  return isFileName(text, kMaxAppId);
+  return application::isUsableAppId(text);
 }
 
 bool isPortName(std::string_view text) {
-  return isFileName(text, kMaxPortName);
+  return text.size() <= kMaxPortName && application::isUsableAppId(text);
 }
 
 std::string ownAppId() {

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/Runtime.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <rpc-port.h>
 #include <string>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace rpc_test {
 namespace {
@@ -56,6 +60,42 @@ INSTANTIATE_TEST_SUITE_P(
                     PoorEnvironment{"AndAHomeThatDoesNotExist", "/proc/no/home"},
                     PoorEnvironment{"AndAHomeThatIsAFile", "/proc/version"}),
     [](const auto &row) { return std::string(row.param.name); });
+
+/// No descriptor can be opened while the object lives.
+class NoDescriptors {
+public:
+  NoDescriptors() {
+    getrlimit(RLIMIT_NOFILE, &_before);
+    const int lowest = dup(STDERR_FILENO);
+    close(lowest);
+    const rlimit now = {static_cast<rlim_t>(lowest), _before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &now);
+  }
+  ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &_before); }
+  NoDescriptors(const NoDescriptors &) = delete;
+  NoDescriptors &operator=(const NoDescriptors &) = delete;
+
+private:
+  rlimit _before = {};
+};
+
+class AStubAfterALackOfDescriptors : public Runtime {};
+
+TEST_F(AStubAfterALackOfDescriptors, ListensAlthoughTheFirstStubIsKept) {
+  rpc_port_stub_h first = nullptr;
+  {
+    const NoDescriptors none;
+    rpc_port_stub_create(&first, "message");
+    ASSERT_NE(rpc_port_stub_listen(first), RPC_PORT_ERROR_NONE);
+  }
+  rpc_port_stub_h second = nullptr;
+  ASSERT_EQ(rpc_port_stub_create(&second, "message"), RPC_PORT_ERROR_NONE);
+
+  EXPECT_EQ(rpc_port_stub_listen(second), RPC_PORT_ERROR_NONE);
+
+  rpc_port_stub_destroy(second);
+  rpc_port_stub_destroy(first);
+}
 
 } // namespace
 } // namespace rpc_test
