@@ -8,7 +8,7 @@
 namespace norix::probe {
 
 /// Room for any record as JSON: every byte of it may become an escape of six.
-inline constexpr std::size_t kLongestLine = 64U * 1024U;
+inline constexpr std::size_t kLongestLine = 65536;
 
 /// Writes a Record as one JSON object and a newline. Allocates nothing and takes no lock, so that a
 /// signal handler may call it.

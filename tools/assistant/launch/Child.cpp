@@ -38,6 +38,7 @@ constexpr int kCannotExecute = 127;
   std::vector<std::string> arguments = options.arguments;
   arguments.insert(arguments.begin(), target.program.string());
   std::vector<char *> raw;
+  raw.reserve(arguments.size() + 1);
   for (std::string &argument : arguments) {
     raw.push_back(argument.data());
   }
