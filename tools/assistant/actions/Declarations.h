@@ -23,7 +23,7 @@ struct Action {
   /** What the action does, for people and for language models. */
   std::string description;
   /** The form of the parameters: a flat JSON Schema object; without any, one without members. */
-  Json parameters;
+  Json parameters = Json::object();
   /** Parameters to call the action with; each an object that meets the form. */
   std::vector<Json> examples;
   /** What users say; "{name}" stands for a parameter. */

@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/cli/launch.h"
-
+#include "assistant/cli/Program.h"
+#include "assistant/cli/commands.h"
+#include "assistant/cli/exchangeOptions.h"
 #include "assistant/launch/Background.h"
 #include "assistant/launch/Supervisor.h"
-#include "assistant/trace/visible.h"
 
-#include <iostream>
-#include <sstream>
+#include <memory>
 #include <sys/wait.h>
 
 namespace norix::assistant::cli {
 namespace {
 
-using launch::Ending;
 using launch::LaunchError;
 using launch::LaunchOptions;
 using launch::Target;
@@ -20,82 +18,48 @@ using launch::Target;
 // What shells add to the number of a signal.
 constexpr int kSignalStatus = 128;
 
-LaunchOptions launchOptions(const Options &options) {
-  LaunchOptions made;
-  made.target = options.target;
-  made.arguments = options.arguments;
-  made.traces = options.traces;
-  made.isJson = options.isJson;
-  made.isStrict = options.isStrict;
-  made.waits = options.waitsForListening;
-  made.completionTimeout = options.completionTimeout;
-  return made;
-}
+struct Options {
+  LaunchOptions launch;
+  bool stops = false;
+};
 
-// The output of an application may stand in it: shown, line by line, never executed.
-void printError(const std::string &text) {
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    std::cerr << trace::visible(line) << '\n';
-  }
-}
-
-ExitStatus refuse(const LaunchError &error, const Options &options) {
-  if (options.isJson) {
-    const nlohmann::json finding = {
-        {"event", "finding"}, {"finding", error.word()}, {"sentence", error.what()}};
-    std::cout << finding.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
-  }
-  printError(std::string("norix-assistant: cannot launch: ") + error.what());
-  return ExitStatus::CannotLaunch;
-}
-
-void printEnding(const Ending &ending, const Options &options, int status) {
-  if (options.isJson) {
-    const nlohmann::json event = {
-        {"event", "ended"}, {"status", status}, {"findings", ending.findings}};
-    std::cout << event.dump() << std::endl;
-  }
-  if (WIFSIGNALED(ending.status) && ending.signal == 0) {
-    std::cerr << "norix-assistant: the application was ended by signal " << WTERMSIG(ending.status)
-              << '\n';
-  }
-  if (ending.neverListened) {
-    std::cerr << "norix-assistant: the application never listened: norix_initialize() failed\n";
-  }
-}
-
-int statusOf(const Ending &ending, const Options &options) {
-  if (options.isStrict && ending.findings > 0) {
-    return static_cast<int>(ExitStatus::FindingsSeen);
+int statusOf(const launch::Ending &ending, const Options &options) {
+  if (options.launch.isStrict && ending.findings > 0) {
+    return rowOf(Outcome::Findings).status;
   }
   // A signal for this process is passed on: the application decides how it ends.
   if (WIFSIGNALED(ending.status)) {
     return kSignalStatus + WTERMSIG(ending.status);
   }
   const int status = WEXITSTATUS(ending.status);
-  return status == 0 && ending.neverListened ? static_cast<int>(ExitStatus::CannotLaunch) : status;
+  return status == 0 && ending.neverListened ? rowOf(Outcome::CannotLaunch).status : status;
 }
 
-ExitStatus inForeground(const Target &target, const Options &options) {
-  const LaunchOptions made = launchOptions(options);
-  const Ending ending = launch::Supervisor(target, made).run();
-  const int status = statusOf(ending, options);
-  printEnding(ending, options, status);
-  return static_cast<ExitStatus>(status);
-}
-
-ExitStatus inBackground(const Target &target, const Options &options) {
-  const launch::LeftRunning left = launch::launchInBackground(target, launchOptions(options));
-  if (options.isJson) {
-    const nlohmann::json event = {
-        {"event", "listening"}, {"app", target.id}, {"pid", left.application}, {"log", left.log}};
-    std::cout << event.dump() << '\n';
-  } else {
-    std::cout << target.id << " listens, process " << left.application << ", log " << left.log
-              << '\n';
+// The status is the application's, and what there was to say has been said.
+Ending endingOf(const launch::Ending &ended, const Options &options, const Console &console) {
+  Ending ending;
+  ending.status = statusOf(ended, options);
+  if (console.isJson()) {
+    (void)console.print(
+        Json{{"event", "ended"}, {"status", *ending.status}, {"findings", ended.findings}});
   }
-  return ExitStatus::Answered;
+  if (WIFSIGNALED(ended.status) && ended.signal == 0) {
+    console.say("the application was ended by signal " + std::to_string(WTERMSIG(ended.status)));
+  }
+  if (ended.neverListened) {
+    console.say("the application never listened: norix_initialize() failed");
+  }
+  return ending;
+}
+
+Ending inBackground(const Target &target, const LaunchOptions &options) {
+  const launch::LeftRunning left = launch::launchInBackground(target, options);
+  Ending ending;
+  ending.text =
+      target.id + " listens, process " + std::to_string(left.application) + ", log " + left.log;
+  ending.facts = {
+      {"event", "listening"}, {"app", target.id}, {"pid", left.application}, {"log", left.log}};
+  return ending;
 }
 
 // An application can be stopped when its folder is gone.
@@ -107,29 +71,68 @@ std::string idOf(const std::string &target) {
   }
 }
 
-ExitStatus stop(const Options &options) {
-  const std::string id = idOf(options.target);
-  if (launch::stopLaunched(id)) {
-    return ExitStatus::Answered;
+Ending stop(const std::string &target) {
+  const std::string id = idOf(target);
+  Ending ending;
+  if (!launch::stopLaunched(id)) {
+    ending.outcome = Outcome::NotLaunched;
+    ending.subject.app = id;
   }
-  printError("norix-assistant: '" + id + "' was not started by norix-assistant launch, or has "
-             + "ended already");
-  return ExitStatus::CannotConnect;
+  return ending;
+}
+
+Ending start(const Options &options, const Console &console) {
+  const Target target = launch::findTarget(options.launch.target);
+  if (options.launch.waits) {
+    return inBackground(target, options.launch);
+  }
+  return endingOf(launch::Supervisor(target, options.launch).run(), options, console);
+}
+
+Ending launchOrStop(Options options, const Console &console) {
+  options.launch.isJson = console.isJson();
+  if (options.stops) {
+    return stop(options.launch.target);
+  }
+  try {
+    return start(options, console);
+  } catch (const LaunchError &error) {
+    Ending ending;
+    ending.outcome = Outcome::CannotLaunch;
+    ending.subject.detail = error.what();
+    ending.facts = {{"event", "finding"}, {"finding", error.word()}, {"sentence", error.what()}};
+    return ending;
+  }
 }
 
 } // namespace
 
-ExitStatus launch(const Options &options) {
-  if (options.stops) {
-    return stop(options);
-  }
-  try {
-    const Target target = launch::findTarget(options.target);
-    return options.waitsForListening ? inBackground(target, options)
-                                     : inForeground(target, options);
-  } catch (const LaunchError &error) {
-    return refuse(error, options);
-  }
+void addLaunch(Program &program) {
+  auto options = std::make_shared<Options>();
+  CLI::App &command =
+      program.add("launch", "Starts an application from its folder, and says what it does wrong",
+                  {"norix-assistant launch build/dev/examples/light",
+                   "NORIX_DESKTOP_APPS=~/apps norix-assistant launch org.example.light --wait",
+                   "norix-assistant launch --stop org.example.light"},
+                  [options](Console &console) { return launchOrStop(*options, console); });
+  LaunchOptions &launch = options->launch;
+  command
+      .add_option("FOLDER|APP", launch.target,
+                  "The folder with the application's tizen-manifest.xml, that file, or an app id "
+                  "that names a folder in $NORIX_DESKTOP_APPS")
+      ->required();
+  command.add_flag("--trace", launch.traces, "Shows what happens in the application");
+  command.add_flag("--strict", launch.isStrict, "Ends with status 10 when there were findings");
+  CLI::Option *wait = command.add_flag(
+      "--wait", launch.waits, "Returns when the application listens, and leaves it running");
+  command.add_flag("--stop", options->stops, "Ends an application that was launched")
+      ->excludes(wait);
+  command
+      .add_option("--completion-timeout", launch.completionTimeout,
+                  "After how long the library gives up waiting for an answer, instead of 30")
+      ->type_name("SECONDS")
+      ->check(checkSeconds, "");
+  command.add_option("ARGUMENT", launch.arguments, "Passed on to the application; after --");
 }
 
 } // namespace norix::assistant::cli

@@ -1,31 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/cli/CommandLine.h"
-#include "assistant/cli/exchange.h"
-#include "assistant/cli/launch.h"
+#include "assistant/cli/Program.h"
 
-#include <exception>
-#include <iostream>
-
-namespace cli = norix::assistant::cli;
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
-cli::ExitStatus run(int argc, const char *const *argv) {
-  const cli::Parsed parsed = cli::parseCommandLine(argc, argv);
-  if (!parsed.options) {
-    return parsed.status;
+// A closed standard stream would give its number to the next file or socket. What takes its place
+// fails as the stream itself would: input cannot be read, output cannot be written.
+void occupyStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0) {
+      (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
   }
-  return parsed.options->command == cli::Command::Launch ? cli::launch(*parsed.options)
-                                                         : cli::exchange(*parsed.options);
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
-  try {
-    return static_cast<int>(run(argc, argv));
-  } catch (const std::exception &error) {
-    std::cerr << "norix-assistant: " << error.what() << '\n';
-    return static_cast<int>(cli::ExitStatus::Internal);
-  }
+  occupyStandardStreams();
+  return norix::assistant::cli::Program().run(argc, argv);
 }

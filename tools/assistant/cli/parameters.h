@@ -2,20 +2,19 @@
 #ifndef NORIX_ASSISTANT_CLI_PARAMETERS_H
 #define NORIX_ASSISTANT_CLI_PARAMETERS_H
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace norix::assistant::cli {
 
-// A parameter that cannot be sent; what() says which and why.
-class ParameterError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
-// The text of a JSON object with a member for each "key=value", in that order. A value that is a
-// JSON number, true, false or null is taken over digit for digit; any other becomes a string.
+/// The text of a JSON object with a member for each "key=value" and "key:=json", in that order. A
+/// value that is a JSON number, true, false or null is taken over digit for digit; any other
+/// becomes a string. What follows ":=" is taken over as it is. Throws UsageError.
 std::string toJsonObject(const std::vector<std::string> &pairs);
+
+/// The parameters that --params names: a text, "@FILE", or "-" for standard input. Throws
+/// UsageError.
+std::string readParams(const std::string &params);
 
 } // namespace norix::assistant::cli
 

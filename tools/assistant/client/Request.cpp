@@ -30,6 +30,9 @@ BundlePtr Request::toBundle() const {
   check(bundle_add_str(made.get(), "actionId", actionId.c_str()));
   check(bundle_add_str(made.get(), "actionType", actionType.c_str()));
   check(bundle_add_str(made.get(), "actionParams", actionParams.c_str()));
+  for (const auto &[key, text] : furtherKeys) {
+    check(bundle_add_str(made.get(), key.c_str(), text.c_str()));
+  }
   check(bundle_add_byte(made.get(), "requestId", &requestId, sizeof requestId));
   return made;
 }

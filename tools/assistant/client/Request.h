@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace norix::assistant {
 
@@ -22,6 +24,8 @@ struct Request {
   std::string actionParams;
   /** Comes back in the response. Choose one that no other pending request has. */
   std::uint64_t requestId = 0;
+  /** Further texts of the bundle, by key; none of those above. */
+  std::vector<std::pair<std::string, std::string>> furtherKeys = {};
 
   /** @brief Makes the bundle that goes over the wire: three strings, and the id as its 8 bytes. */
   BundlePtr toBundle() const;

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/cli/Exchange.h"
+
+#include "assistant/cli/Listener.h"
+#include "assistant/cli/Turn.h"
+#include "assistant/cli/Watchdog.h"
+#include "assistant/cli/exchangeOutcome.h"
+#include "assistant/client/MainLoop.h"
+#include "assistant/client/Session.h"
+
+#include <cstdlib>
+#include <poll.h>
+#include <set>
+#include <utility>
+
+namespace norix::assistant::cli {
+namespace {
+
+// The library answers in the application's place after 30 seconds; a little more, so that its
+// answer comes first.
+constexpr double kExchange = 32.0;
+// By then the library has answered, unless another request has taken the place of this one.
+constexpr double kCertain = 31.0;
+// A thousand commands at once have had their turns by then.
+constexpr double kTurns = 300.0;
+// For waits that the watchdog bounds.
+constexpr double kUnbounded = 86400.0;
+
+class Exchange {
+public:
+  Exchange(const ExchangeOptions &options, Request request, Console &console)
+      : _options(options), _request(std::move(request)), _console(console), _watchdog(console),
+        _subject(subjectOf(options, _request)) {}
+
+  Ending run() {
+    setenv("AUL_APPID", _options.senderId.c_str(), 1);
+    // The user wants the answer; who wants the log as well says which.
+    setenv("DLOG_FILTER", "*:S", 0);
+    if (_options.timeout) {
+      _watchdog.allow(*_options.timeout);
+    }
+    if (!awaitListener()) {
+      return finished(Outcome::NobodyListens);
+    }
+    return takeTurn();
+  }
+
+private:
+  bool awaitListener() {
+    constexpr int kPause = 20;
+    if (_options.wait == 0.0) {
+      return true;
+    }
+    expect("waiting for '" + _options.appId + "' to listen", Outcome::NobodyListens);
+    allowUnlessBounded(_options.wait);
+    const double end = _watchdog.secondsPassed() + _options.wait;
+    while (!findListener(_options.appId)) {
+      if (_watchdog.secondsPassed() >= end) {
+        return false;
+      }
+      (void)poll(nullptr, 0, kPause);
+    }
+    return true;
+  }
+
+  Ending takeTurn() {
+    expect("waiting for other commands", Outcome::Crowded);
+    allowUnlessBounded(kTurns);
+    Turn turn(_options.appId, _options.senderId, [this] {
+      _console.say("'" + _options.appId + "': waiting for other norix-assistant commands");
+    });
+    _watchdog.onEnd([&turn] { turn.release(); });
+    allowUnlessBounded(kExchange);
+    const Ending ending = ask();
+    _watchdog.onEnd({});
+    return ending;
+  }
+
+  Ending ask() {
+    try {
+      const MainLoop loop;
+      expect("waiting for '" + _options.appId + "' to accept", Outcome::Busy);
+      Session session = Session::connected(_options.appId, kUnbounded);
+      expect("waiting for '" + _options.appId + "' to answer", Outcome::NoAnswer);
+      session.client().setCallback({});
+      return await(session);
+    } catch (const Error &error) {
+      _subject.detail = error.what();
+      return finished(outcomeOf(error.failure()));
+    }
+  }
+
+  Ending await(Session &session) {
+    try {
+      const Answer answer = session.ask(_request, kCertain);
+      _watchdog.finish();
+      return endingOf(answer.response, _subject);
+    } catch (const Error &error) {
+      if (error.failure() != Failure::NoAnswer) {
+        throw;
+      }
+    }
+    // The application is there and its loop runs if it answers this.
+    session.client().setCallback({});
+    return finished(Outcome::Superseded);
+  }
+
+  // Listening and not connecting are two cases for the client, which sees no connection.
+  Outcome outcomeOf(Failure failure) const {
+    if (failure == Failure::CannotConnect && findListener(_options.appId)) {
+      return Outcome::Busy;
+    }
+    return cli::outcomeOf(failure);
+  }
+
+  Ending finished(Outcome outcome) {
+    _watchdog.finish();
+    return endingWith(outcome);
+  }
+
+  void expect(const std::string &what, Outcome late) { _watchdog.expect(what, endingWith(late)); }
+
+  Ending endingWith(Outcome outcome) const {
+    Subject subject = _subject;
+    subject.seconds = _options.timeout.value_or(kExchange);
+    if (outcome == Outcome::NobodyListens) {
+      subject.detail = describeListeners();
+    }
+    return failure(outcome, subject);
+  }
+
+  void allowUnlessBounded(double seconds) {
+    if (!_options.timeout) {
+      _watchdog.allow(seconds);
+    }
+  }
+
+  const ExchangeOptions &_options;
+  const Request _request;
+  Console &_console;
+  Watchdog _watchdog;
+  Subject _subject;
+};
+
+std::vector<std::pair<std::string, std::string>>
+furtherKeys(const std::vector<std::string> &pairs) {
+  std::set<std::string> taken{"actionId", "actionType", "actionParams", "requestId"};
+  std::vector<std::pair<std::string, std::string>> keys;
+  for (const std::string &pair : pairs) {
+    const size_t equals = pair.find('=');
+    if (equals == 0 || equals == std::string::npos) {
+      throw UsageError("'" + pair + "' is no key of the bundle; give --set KEY=VALUE");
+    }
+    const std::string key = pair.substr(0, equals);
+    if (!taken.insert(key).second) {
+      throw UsageError("the key '" + key + "' is in the bundle already; --set adds others");
+    }
+    keys.emplace_back(key, pair.substr(equals + 1));
+  }
+  return keys;
+}
+
+} // namespace
+
+Ending exchange(const ExchangeOptions &options, Request request, Console &console) {
+  request.furtherKeys = furtherKeys(options.keys);
+  return Exchange(options, std::move(request), console).run();
+}
+
+} // namespace norix::assistant::cli

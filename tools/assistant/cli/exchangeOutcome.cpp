@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/cli/exchangeOutcome.h"
+
+#include "assistant/cli/Listener.h"
+
+#include <array>
+#include <utility>
+
+namespace norix::assistant::cli {
+namespace {
+
+// The library's own failure messages.
+constexpr std::array<std::pair<const char *, Outcome>, 4> kFailures{
+    {{"Action Execution callback not registered", Outcome::ActionNotRegistered},
+     {"Action execution request timed out", Outcome::ActionTimedOut},
+     {"App state request callback not registered", Outcome::StateNotRegistered},
+     {"App state request execution timed out", Outcome::StateTimedOut}}};
+
+Outcome outcomeOf(const std::string &statusMessage) {
+  for (const auto &[message, outcome] : kFailures) {
+    if (statusMessage == message) {
+      return outcome;
+    }
+  }
+  return Outcome::Failed;
+}
+
+Json factsOf(const Subject &subject) {
+  Json facts{{"app", subject.app}, {"request", subject.action.empty() ? "state" : "action"}};
+  if (!subject.action.empty()) {
+    facts["action"] = subject.action;
+  }
+  facts["sender"] = subject.sender;
+  return facts;
+}
+
+} // namespace
+
+Subject subjectOf(const ExchangeOptions &options, const Request &request) {
+  Subject subject;
+  subject.app = options.appId;
+  subject.sender = options.senderId;
+  const bool isState = request.actionId == kStateActionId;
+  subject.action = isState ? "" : request.actionId;
+  subject.request = isState ? "state request" : "action '" + request.actionId + "'";
+  return subject;
+}
+
+Outcome outcomeOf(Failure failure) {
+  switch (failure) {
+  case Failure::CannotConnect:
+    return Outcome::NobodyListens;
+  case Failure::Refused:
+    return Outcome::Refused;
+  case Failure::NoAnswer:
+    return Outcome::NoAnswer;
+  case Failure::Disconnected:
+    return Outcome::ConnectionLost;
+  case Failure::Malformed:
+    return Outcome::Malformed;
+  }
+  return Outcome::Internal;
+}
+
+Ending endingOf(const Response &response, Subject subject) {
+  if (!response.succeeded()) {
+    subject.detail = response.statusMessage();
+    return failure(outcomeOf(response.statusMessage()), subject);
+  }
+  Json facts = factsOf(subject);
+  facts["text"] = response.text();
+  // An answer that is JSON is there as such too.
+  const Json value = Json::parse(response.text(), nullptr, false);
+  if (!value.is_discarded()) {
+    facts["value"] = value;
+  }
+  return {Outcome::Answered, std::move(subject), response.text(), std::move(facts)};
+}
+
+Ending failure(Outcome outcome, const Subject &subject) {
+  return {outcome, subject, std::nullopt, factsOf(subject)};
+}
+
+std::string describeListeners() {
+  std::string text;
+  for (const Listener &listener : findListeners()) {
+    text += (text.empty() ? "these do: " : ", ") + listener.appId;
+  }
+  return text.empty() ? "no application of this user does" : text;
+}
+
+} // namespace norix::assistant::cli
