@@ -131,6 +131,10 @@ void Console::showProgress(const std::string &text) {
   _hasProgress = !text.empty();
 }
 
+bool Console::printText(const Ending &ending) const {
+  return !ending.text || (ending.hasColours ? printStyled(*ending.text) : print(*ending.text));
+}
+
 int Console::reportLoss() const {
   const std::string why = std::strerror(errno);
   say("cannot write the answer to standard output: " + why);
@@ -143,7 +147,7 @@ int Console::end(const Ending &ending) {
     return *ending.status;
   }
   const OutcomeRow &row = rowOf(ending.outcome);
-  if (_isJson ? !print(toJson(ending, row)) : ending.text && !print(*ending.text)) {
+  if (_isJson ? !print(toJson(ending, row)) : !printText(ending)) {
     return reportLoss();
   }
   if (*row.sentence != '\0') {

@@ -20,6 +20,8 @@ struct Ending {
   /// What the command has found out, for standard output; shown as it is but for what a terminal
   /// would execute.
   std::optional<std::string> text = {};
+  /// Whether the text has colours in it; then what others sent is visible() already.
+  bool hasColours = false;
   /// The same for --json: further members beside the outcome.
   Json facts = Json::object();
   /// The exit status of a program that has taken the command's place; then all has been shown.
@@ -62,6 +64,7 @@ public:
 
 private:
   bool write(const std::string &line) const;
+  bool printText(const Ending &ending) const;
   int reportLoss() const;
 
   bool _isJson = false;

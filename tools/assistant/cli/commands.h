@@ -11,6 +11,9 @@ void addState(Program &program);
 void addRun(Program &program);
 void addList(Program &program);
 void addLaunch(Program &program);
+void addDoctor(Program &program);
+void addShell(Program &program);
+void addCompletion(Program &program);
 
 /// Adds all of them, in the order of --help.
 inline void addCommands(Program &program) {
@@ -18,6 +21,9 @@ inline void addCommands(Program &program) {
   addList(program);
   addState(program);
   addRun(program);
+  addDoctor(program);
+  addShell(program);
+  addCompletion(program);
 }
 
 } // namespace norix::assistant::cli

@@ -15,15 +15,6 @@ constexpr double kLongest = 86400.0;
 // As long as the name of a folder may be.
 constexpr size_t kLongestId = 255;
 
-// Written so that what is no number, as "nan", is refused as well.
-std::string checkSeconds(const std::string &text) {
-  double seconds = 0.0;
-  const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-  return isNumber && seconds >= kShortest && seconds <= kLongest
-             ? std::string()
-             : "'" + trace::visible(text) + "' is no time; give seconds, from 0.001 to 86400";
-}
-
 } // namespace
 
 std::string checkAppId(const std::string &id) {
@@ -40,15 +31,29 @@ std::string checkAppId(const std::string &id) {
   return trace::visible(id) == id ? "" : shown + "it has control characters, or is not UTF-8";
 }
 
+// Written so that what is no number, as "nan", is refused as well.
+std::string checkSeconds(const std::string &text) {
+  double seconds = 0.0;
+  const bool isNumber = CLI::detail::lexical_cast(text, seconds);
+  return isNumber && seconds >= kShortest && seconds <= kLongest
+             ? std::string()
+             : "'" + trace::visible(text) + "' is no time; give seconds, from 0.001 to 86400";
+}
+
 void addExchangeOptions(CLI::App &command, ExchangeOptions &options) {
   command.add_option("APP", options.appId, "The application's id")
       ->required()
       ->check(checkAppId, "");
-  command
-      .add_option("--timeout,--deadline", options.timeout,
-                  "How long everything may take; 32 seconds for the exchange itself by default")
-      ->type_name("SECONDS")
-      ->check(checkSeconds, "");
+  for (const char *name : {"--timeout", "--deadline"}) {
+    const bool isOldName = name[2] == 'd';
+    command
+        .add_option(name, options.timeout,
+                    isOldName ? "Another name of --timeout"
+                              : "How long everything may take; by default 32 for the exchange "
+                                "itself")
+        ->type_name("SECONDS")
+        ->check(checkSeconds, "");
+  }
   command.add_option("--wait", options.wait, "How long to wait until the application listens")
       ->type_name("SECONDS")
       ->check(checkSeconds, "");

@@ -74,11 +74,19 @@ Ending endingOf(const Response &response, Subject subject) {
   if (!value.is_discarded()) {
     facts["value"] = value;
   }
-  return {Outcome::Answered, std::move(subject), response.text(), std::move(facts)};
+  Ending ending;
+  ending.subject = std::move(subject);
+  ending.text = response.text();
+  ending.facts = std::move(facts);
+  return ending;
 }
 
 Ending failure(Outcome outcome, const Subject &subject) {
-  return {outcome, subject, std::nullopt, factsOf(subject)};
+  Ending ending;
+  ending.outcome = outcome;
+  ending.subject = subject;
+  ending.facts = factsOf(subject);
+  return ending;
 }
 
 std::string describeListeners() {
