@@ -66,9 +66,10 @@ TEST_F(TheStateCommand, PrintsWhyThereIsNoState) {
 
   EXPECT_EQ(outcome.status, FailureResponse);
   EXPECT_THAT(outcome.out, IsEmpty());
-  EXPECT_THAT(outcome.err, AllOf(StartsWith("norix-assistant: 'org.example.test': App state request "
-                                            "callback not registered\n"),
-                                 HasSubstr("norix_set_app_state_request_cb()")));
+  EXPECT_THAT(outcome.err,
+              AllOf(StartsWith("norix-assistant: 'org.example.test': App state request "
+                               "callback not registered\n"),
+                    HasSubstr("norix_set_app_state_request_cb()")));
 }
 
 TEST_F(TheRunCommand, PrintsTheResultAndNothingElse) {
@@ -295,6 +296,24 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{"WithATextForDeadline", {"state", "app", "--deadline", "soon"}, "soon"},
         Misuse{"WithAnEmptyId", {"state", "app", "--id", ""}, "--id"},
         Misuse{"WithAPathForId", {"state", "app", "--id", "../x"}, "../x"},
+        Misuse{"WithADeadlineThatIsNoNumber", {"state", "app", "--deadline", "nan"}, "'nan'"},
+        Misuse{"WithAnEndlessTimeout", {"state", "app", "--timeout", "inf"}, "'inf'"},
+        Misuse{"WithADotForId", {"state", "app", "--id", "."}, "'.' is no app id"},
+        Misuse{"WithTwoDotsForId", {"state", "app", "--id", ".."}, "'..' is no app id"},
+        Misuse{"WithAControlCharacterInItsId", {"state", "app", "--id", "a\x1b[2J"}, "'a\\e[2J'"},
+        Misuse{"WithAnIdThatIsTooLong",
+               {"state", "app", "--id", std::string(256, 'x')},
+               "longer than 255 bytes"},
+        Misuse{"WithDotsForApplication", {"state", ".."}, "'..' is no app id"},
+        Misuse{"WithoutKeyToSet", {"run", "app", "play", "--set", "x"}, "give --set KEY=VALUE"},
+        Misuse{"WithAKeyThatIsThere",
+               {"run", "app", "play", "--set", "actionId=x"},
+               "'actionId' is in the bundle already"},
+        Misuse{"WithWhatIsNoJson", {"run", "app", "play", "a:=nope"}, "is not JSON"},
+        Misuse{"WithAFileThatIsNotThere",
+               {"run", "app", "play", "--params", "@/nowhere"},
+               "cannot open '/nowhere'"},
+        Misuse{"WithAnUnknownShell", {"completion", "csh"}, "csh"},
         Misuse{"WithNoPair", {"run", "app", "play", "loud"}, "'loud' is no parameter"},
         Misuse{"WithAPairWithoutKey", {"run", "app", "play", "=1"}, "'=1'"},
         Misuse{"WithAKeyTwice", {"run", "app", "play", "a=1", "a=2"}, "'a' is given"},

@@ -17,12 +17,14 @@ constexpr int kResult = 0;
 constexpr int kCallback = 1;
 constexpr int kSetCb = 2;
 
-// Writes a message into the parcel; false sends none and hangs up.
+// Writes a message into the parcel; false sends none and hangs up. Without a writer there is
+// silence.
 using Writer = std::function<bool(rpc_port_parcel_h)>;
 
 struct Behaviour {
   Writer result;
   Writer callback;
+  bool repeats = false;
 };
 
 rpc_port_stub_h stub = nullptr;
@@ -69,6 +71,19 @@ bool emptyBundle(rpc_port_parcel_h parcel) {
   return true;
 }
 
+// An answer without a fault, to another request.
+bool answerToAnother(rpc_port_parcel_h parcel) {
+  constexpr unsigned long long kRequestId = 0;
+  appIdOnly(parcel);
+  bundle *response = bundle_create();
+  bundle_add_str(response, "status_code", "ACTION_EXECUTION_SUCCESS");
+  bundle_add_str(response, "appContext", "not asked for");
+  bundle_add_byte(response, "requestId", &kRequestId, sizeof kRequestId);
+  rpc_port_parcel_write_bundle(parcel, response);
+  bundle_free(response);
+  return true;
+}
+
 const std::map<std::string, Behaviour> &behaviours() {
   static const Writer kAccept = ints({kResult, 0});
   static const std::map<std::string, Behaviour> kAll{
@@ -85,11 +100,16 @@ const std::map<std::string, Behaviour> &behaviours() {
       {"no-app-id", {kAccept, delegateOnly(0)}},
       {"no-bundle", {kAccept, appIdOnly}},
       {"empty-bundle", {kAccept, emptyBundle}},
+      {"no-result", {nullptr, nullptr}},
+      {"flood", {kAccept, answerToAnother, true}},
   };
   return kAll;
 }
 
 int answer(const Writer &write, rpc_port_h port) {
+  if (!write) {
+    return 0;
+  }
   rpc_port_parcel_h reply = nullptr;
   rpc_port_parcel_create(&reply);
   const bool isSent = write(reply);
@@ -98,6 +118,10 @@ int answer(const Writer &write, rpc_port_h port) {
   }
   rpc_port_parcel_destroy(reply);
   return isSent ? 0 : -1;
+}
+
+Eina_Bool sendAgain(void *port) {
+  return answer(answerToAnother, port) == 0 ? ECORE_CALLBACK_RENEW : ECORE_CALLBACK_CANCEL;
 }
 
 int onReceived(const char * /*sender*/, const char *instance, rpc_port_h port, void *userData) {
@@ -115,6 +139,9 @@ int onReceived(const char * /*sender*/, const char *instance, rpc_port_h port, v
 
   rpc_port_h callbackPort = nullptr;
   rpc_port_stub_get_port(stub, RPC_PORT_PORT_CALLBACK, instance, &callbackPort);
+  if (behaviour->repeats) {
+    ecore_timer_add(0.0, sendAgain, callbackPort);
+  }
   return answer(behaviour->callback, callbackPort);
 }
 

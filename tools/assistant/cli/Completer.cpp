@@ -4,6 +4,7 @@
 #include "assistant/actions/Declarations.h"
 #include "assistant/cli/Listener.h"
 #include "assistant/cli/declared.h"
+#include "assistant/cli/registered.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -67,12 +68,14 @@ Candidates applications() {
   return found;
 }
 
+bool hasText(const Candidates &found, const std::string &text) {
+  return std::any_of(found.begin(), found.end(),
+                     [&text](const Candidate &candidate) { return candidate.text == text; });
+}
+
 void addInstalled(Candidates &found) {
   for (const std::string &id : installedApplications()) {
-    const bool isThere = std::any_of(found.begin(), found.end(), [&id](const Candidate &candidate) {
-      return candidate.text == id;
-    });
-    if (!isThere) {
+    if (!hasText(found, id)) {
       found.push_back({id, "installed"});
     }
   }
@@ -100,6 +103,11 @@ Candidates actionsOf(const std::string &appId) {
   for (const actions::Action &action :
        declarationsOf(appId).value_or(actions::Declarations()).actions) {
     found.push_back({action.id, action.title});
+  }
+  for (const std::string &id : registeredActions(appId).value_or(std::set<std::string>())) {
+    if (!hasText(found, id)) {
+      found.push_back({id, "registered"});
+    }
   }
   return found;
 }

@@ -79,6 +79,7 @@ private:
   Ending ask() {
     try {
       const MainLoop loop;
+      Watchdog::blockSignals();
       expect("waiting for '" + _options.appId + "' to accept", Outcome::Busy);
       Session session = Session::connected(_options.appId, kUnbounded);
       expect("waiting for '" + _options.appId + "' to answer", Outcome::NoAnswer);

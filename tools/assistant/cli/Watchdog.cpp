@@ -110,6 +110,11 @@ void Watchdog::finish() {
   _state->console.showProgress({});
 }
 
+void Watchdog::blockSignals() {
+  const sigset_t signals = watchedSignals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
 double Watchdog::secondsPassed() const {
   return std::chrono::duration<double>(Clock::now() - _state->begin).count();
 }

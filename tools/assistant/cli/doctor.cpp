@@ -5,6 +5,7 @@
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
 #include "assistant/cli/exchangeOptions.h"
+#include "assistant/cli/registered.h"
 #include "assistant/launch/Target.h"
 #include "assistant/trace/checks.h"
 #include "assistant/trace/visible.h"
@@ -97,6 +98,27 @@ private:
     }
     for (const actions::Finding &finding : reading->findings) {
       addDeclaration(folder / actions::kFile, finding);
+    }
+    if (reading->isUsable()) {
+      checkDrift(reading->declarations);
+    }
+  }
+
+  // Against what the application has registered, if it runs and was launched with the probe.
+  void checkDrift(const actions::Declarations &declarations) {
+    const auto registered = registeredActions(_ending.subject.app);
+    if (!registered) {
+      return;
+    }
+    const Drift drift = compare(declarations, *registered);
+    for (const std::string &id : drift.notRegistered) {
+      addWarning("action-not-registered", "the action '" + id
+                                              + "' is declared and not registered; register it, or "
+                                                "take it out of the declarations");
+    }
+    for (const std::string &id : drift.notDeclared) {
+      addWarning("action-not-declared",
+                 "the action '" + id + "' is registered and not declared; declare it");
     }
   }
 

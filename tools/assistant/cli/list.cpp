@@ -4,6 +4,7 @@
 #include "assistant/cli/Program.h"
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
+#include "assistant/cli/registered.h"
 #include "assistant/trace/visible.h"
 
 #include <array>
@@ -49,21 +50,41 @@ struct Entry {
   Json json;
 };
 
-void addDeclarations(const std::string &appId, Entry &entry) {
-  const auto folder = findApplicationFolder(appId);
-  const auto reading = folder ? actions::read(*folder) : std::nullopt;
-  entry.json["declared"] = nullptr;
-  if (!reading || !reading->isUsable()) {
-    entry.text += std::string("\n    ")
-                  + (reading ? "its declarations have errors: norix-assistant doctor "
-                             : "declares nothing: no shared/res/norix-actions.json")
-                  + (reading ? appId : "");
-    return;
-  }
+void addDeclared(const actions::Declarations &declared, Entry &entry) {
   entry.json["declared"] = Json::array();
-  for (const actions::Action &action : reading->declarations.actions) {
+  for (const actions::Action &action : declared.actions) {
     entry.json["declared"].push_back(toJson(action));
     entry.text += "\n" + toText(action);
+  }
+}
+
+void addDrift(const Drift &drift, Entry &entry) {
+  entry.json["notRegistered"] = drift.notRegistered;
+  entry.json["notDeclared"] = drift.notDeclared;
+  for (const std::string &id : drift.notRegistered) {
+    entry.text += "\n    " + id + "    declared and not registered";
+  }
+  for (const std::string &id : drift.notDeclared) {
+    entry.text += "\n    " + id + "    registered and not declared";
+  }
+}
+
+void addActions(const std::string &appId, Entry &entry) {
+  const auto folder = findApplicationFolder(appId);
+  const auto reading = folder ? actions::read(*folder) : std::nullopt;
+  const bool isUsable = reading && reading->isUsable();
+  entry.json["declared"] = nullptr;
+  if (isUsable) {
+    addDeclared(reading->declarations, entry);
+  } else {
+    entry.text += reading ? "\n    its declarations have errors: norix-assistant doctor " + appId
+                          : std::string("\n    declares nothing: no shared/res/norix-actions.json");
+  }
+  const auto registered = registeredActions(appId);
+  entry.json["registered"] = registered ? Json(*registered) : Json();
+  if (registered) {
+    addDrift(compare(isUsable ? reading->declarations : actions::Declarations(), *registered),
+             entry);
   }
 }
 
@@ -74,7 +95,7 @@ Entry describe(const Listener &listener, bool withActions) {
   entry.json = {
       {"app", listener.appId}, {"pid", listener.pid}, {"since", timeText(listener.since)}};
   if (withActions) {
-    addDeclarations(listener.appId, entry);
+    addActions(listener.appId, entry);
   }
   return entry;
 }
