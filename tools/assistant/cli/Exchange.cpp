@@ -2,6 +2,7 @@
 #include "assistant/cli/Exchange.h"
 
 #include "assistant/cli/Listener.h"
+#include "assistant/cli/Tracing.h"
 #include "assistant/cli/Turn.h"
 #include "assistant/cli/Watchdog.h"
 #include "assistant/cli/exchangeOutcome.h"
@@ -30,7 +31,8 @@ class Exchange {
 public:
   Exchange(const ExchangeOptions &options, Request request, Console &console)
       : _options(options), _request(std::move(request)), _console(console), _watchdog(console),
-        _subject(subjectOf(options, _request)) {}
+        _subject(subjectOf(options, _request)),
+        _tracing(options.traces, options.appId, _request.requestId) {}
 
   Ending run() {
     setenv("AUL_APPID", _options.senderId.c_str(), 1);
@@ -39,10 +41,11 @@ public:
     if (_options.timeout) {
       _watchdog.allow(*_options.timeout);
     }
-    if (!awaitListener()) {
-      return finished(Outcome::NobodyListens);
-    }
-    return takeTurn();
+    _watchdog.onEnd([this] { _tracing.show(); });
+    Ending ending = awaitListener() ? takeTurn() : finished(Outcome::NobodyListens);
+    _tracing.show();
+    _tracing.addTo(ending.facts);
+    return ending;
   }
 
 private:
@@ -69,10 +72,13 @@ private:
     Turn turn(_options.appId, _options.senderId, [this] {
       _console.say("'" + _options.appId + "': waiting for other norix-assistant commands");
     });
-    _watchdog.onEnd([&turn] { turn.release(); });
+    _watchdog.onEnd([this, &turn] {
+      turn.release();
+      _tracing.show();
+    });
     allowUnlessBounded(kExchange);
     const Ending ending = ask();
-    _watchdog.onEnd({});
+    _watchdog.onEnd([this] { _tracing.show(); });
     return ending;
   }
 
@@ -81,11 +87,16 @@ private:
       const MainLoop loop;
       Watchdog::blockSignals();
       expect("waiting for '" + _options.appId + "' to accept", Outcome::Busy);
+      _tracing.note("connecting");
       Session session = Session::connected(_options.appId, kUnbounded);
+      _tracing.note("connected; registering for answers");
       expect("waiting for '" + _options.appId + "' to answer", Outcome::NoAnswer);
       session.client().setCallback({});
+      _tracing.note("sending request " + std::to_string(_request.requestId) + " for "
+                    + _request.actionId);
       return await(session);
     } catch (const Error &error) {
+      _tracing.note(error.what());
       _subject.detail = error.what();
       return finished(outcomeOf(error.failure()));
     }
@@ -94,6 +105,9 @@ private:
   Ending await(Session &session) {
     try {
       const Answer answer = session.ask(_request, kCertain);
+      _tracing.note("received the answer: "
+                    + (answer.response.succeeded() ? answer.response.text()
+                                                   : answer.response.statusMessage()));
       _watchdog.finish();
       return endingOf(answer.response, _subject);
     } catch (const Error &error) {
@@ -141,6 +155,7 @@ private:
   Console &_console;
   Watchdog _watchdog;
   Subject _subject;
+  Tracing _tracing;
 };
 
 std::vector<std::pair<std::string, std::string>>

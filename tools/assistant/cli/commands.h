@@ -11,6 +11,7 @@ void addState(Program &program);
 void addRun(Program &program);
 void addList(Program &program);
 void addLaunch(Program &program);
+void addMonitor(Program &program);
 void addDoctor(Program &program);
 void addShell(Program &program);
 void addCompletion(Program &program);
@@ -21,6 +22,7 @@ inline void addCommands(Program &program) {
   addList(program);
   addState(program);
   addRun(program);
+  addMonitor(program);
   addDoctor(program);
   addShell(program);
   addCompletion(program);

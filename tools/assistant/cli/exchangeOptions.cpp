@@ -61,6 +61,8 @@ void addExchangeOptions(CLI::App &command, ExchangeOptions &options) {
       ->type_name("APPID")
       ->check(checkAppId, "")
       ->capture_default_str();
+  command.add_flag("--trace", options.traces,
+                   "Shows, on standard error, what happened when on both sides");
   command.add_option("--set", options.keys, "A further text in the bundle of the request")
       ->type_name("KEY=VALUE")
       ->take_all()

@@ -19,6 +19,8 @@ struct ExchangeOptions {
   double wait = 0.0;
   /// Further keys of the bundle, "KEY=VALUE".
   std::vector<std::string> keys;
+  /// Shows what happens on both sides.
+  bool traces = false;
 };
 
 void addExchangeOptions(CLI::App &command, ExchangeOptions &options);

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What norix-assistant shows of an application that it launched: --trace, monitor, --wait and
+// --stop.
+#include "integration/harness/AssistantCommand.h"
+#include "integration/harness/IntegrationTest.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+namespace integration {
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char *kId = "org.example.watched";
+constexpr int kNotLaunched = 3;
+constexpr int kCannotLaunch = 8;
+
+class AWatchedApplication : public IntegrationTest {
+protected:
+  AWatchedApplication() {
+    runtime.install(kId, "1.0-beta");
+    const auto folder = runtime.write(std::string("apps/") + kId + "/marker", "").parent_path();
+    std::filesystem::create_symlink(MISTAKEN_APPLICATION, folder / "app");
+  }
+  ~AWatchedApplication() override { (void)runAssistant({"launch", "--stop", kId}); }
+
+  static std::string leaveRunning(const std::vector<std::string> &arguments = {}) {
+    std::vector<std::string> command = {"launch", "--wait", kId, "--"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const Outcome outcome = runAssistant(command, {{"DLOG_FILTER", "*:S"}});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    return outcome.out;
+  }
+};
+
+TEST_F(AWatchedApplication, IsLeftRunningOnceItListens) {
+  EXPECT_THAT(leaveRunning(), ContainsRegex("^org.example.watched listens, process [0-9]+, log /"));
+
+  EXPECT_EQ(runAssistant({"state", kId}).out, "ready\n");
+}
+
+TEST_F(AWatchedApplication, IsStopped) {
+  leaveRunning();
+
+  EXPECT_EQ(runAssistant({"launch", "--stop", kId}).status, 0);
+  EXPECT_NE(runAssistant({"state", kId}).status, 0);
+  EXPECT_EQ(runAssistant({"launch", "--stop", kId}).status, kNotLaunched);
+}
+
+TEST_F(AWatchedApplication, IsNotLeftRunningTwice) {
+  leaveRunning();
+
+  const Outcome outcome = runAssistant({"launch", "--wait", kId});
+
+  EXPECT_EQ(outcome.status, kCannotLaunch);
+  EXPECT_THAT(outcome.err, HasSubstr("launch --stop org.example.watched"));
+}
+
+TEST_F(AWatchedApplication, ThatDoesNotListenIsAFailedStart) {
+  runtime.install(kId, std::nullopt);
+
+  const Outcome outcome = runAssistant({"launch", "--wait", kId});
+
+  EXPECT_EQ(outcome.status, kCannotLaunch);
+  EXPECT_THAT(outcome.err,
+              AllOf(HasSubstr("ended before it listened"), HasSubstr("finding no-metadata-key")));
+}
+
+TEST_F(AWatchedApplication, IsTracedOnBothSidesInOrder) {
+  leaveRunning();
+
+  const Outcome outcome = runAssistant({"run", "--trace", kId, "act"});
+
+  EXPECT_EQ(outcome.out, "done\n");
+  std::size_t at = 0;
+  for (const char *step :
+       {"connecting", "registering for answers", "sending request", "for act {} was received",
+        "callback of act was entered", "answered \"done\"", "callback of act returned"}) {
+    const std::size_t found = outcome.err.find(step, at);
+    ASSERT_NE(found, std::string::npos) << step << " is not in its place in\n" << outcome.err;
+    at = found;
+  }
+  EXPECT_THAT(outcome.err, HasSubstr("received the answer: done"));
+}
+
+TEST_F(AWatchedApplication, IsTracedUntilItAnswersLate) {
+  leaveRunning({"answers-too-late"});
+
+  const Outcome outcome = runAssistant({"run", "--trace", kId, "act"});
+
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("without an answer; the library waits until"),
+                                 HasSubstr("answered \"done\"")));
+}
+
+TEST_F(AWatchedApplication, SaysWhatItSawWhenTheTimeIsUp) {
+  leaveRunning({"never-answers"});
+
+  const Outcome outcome = runAssistant({"run", "--trace", "--timeout", "1", kId, "act"});
+
+  EXPECT_NE(outcome.status, 0);
+  EXPECT_THAT(outcome.err, HasSubstr("callback of act returned after"));
+}
+
+TEST_F(AWatchedApplication, IsTracedAsJson) {
+  leaveRunning();
+
+  const json outcome = json::parse(runAssistant({"run", "--json", "--trace", kId, "act"}).out);
+
+  const json &trace = outcome.at("trace");
+  EXPECT_EQ(trace.at(0).at("says"), "connecting");
+  EXPECT_TRUE(std::any_of(trace.begin(), trace.end(), [](const json &event) {
+    return event.at("event") == "callback-entered" && event.at("action") == "act";
+  }));
+}
+
+TEST_F(AWatchedApplication, ThatNobodyLaunchedHasOneSideOnly) {
+  Process application({MISTAKEN_APPLICATION}, {{"AUL_APPID", kId}, {"DLOG_FILTER", "*:S"}});
+
+  const Outcome outcome = runAssistant({"run", "--trace", "--wait", "10", kId, "act"});
+
+  EXPECT_EQ(outcome.out, "done\n");
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("sending request"),
+                                 HasSubstr("the application's side is missing here")));
+}
+
+TEST_F(AWatchedApplication, IsMonitoredUntilItEnds) {
+  leaveRunning();
+  Process monitor = startAssistant({"monitor", kId});
+  EXPECT_THAT(monitor.readLine(), HasSubstr("org.example.watched is process"));
+  runAssistant({"run", kId, "act"});
+  runAssistant({"launch", "--stop", kId});
+
+  const std::string shown = monitor.readAll();
+
+  EXPECT_EQ(monitor.wait(), 0);
+  EXPECT_THAT(shown, AllOf(HasSubstr("callback of act was entered"), HasSubstr("answered \"done\""),
+                           HasSubstr("exits with status 0")));
+}
+
+TEST_F(AWatchedApplication, IsMonitoredWithItsFindingsAsJson) {
+  leaveRunning({"answers-twice"});
+  Process monitor = startAssistant({"monitor", "--json", kId});
+  EXPECT_EQ(json::parse(monitor.readLine()).at("registered"), json({"act", "getAppContext"}));
+  runAssistant({"run", kId, "act"});
+
+  json event = json::parse(monitor.readLine());
+  while (event.at("event") != "finding") {
+    event = json::parse(monitor.readLine());
+  }
+  EXPECT_EQ(event.at("finding"), "answered-twice");
+}
+
+TEST_F(AWatchedApplication, CannotReachTheTerminalThroughATrace) {
+  leaveRunning();
+
+  const Outcome outcome =
+      runAssistant({"run", "--trace", kId, "act", "--params", "\x1b[31mred\x07"});
+
+  EXPECT_THAT(outcome.err, AllOf(HasSubstr("\\e[31mred\\x07"), Not(HasSubstr("\x1b"))));
+}
+
+TEST_F(AWatchedApplication, ThatWasNotLaunchedCannotBeMonitored) {
+  EXPECT_EQ(runAssistant({"monitor", kId}).status, kNotLaunched);
+}
+
+TEST_F(AWatchedApplication, EndsWithLaunch) {
+  Process launch = startAssistant({"launch", "--json", kId}, {{"DLOG_FILTER", "*:S"}});
+  const pid_t application = json::parse(launch.readLine()).at("pid");
+  ASSERT_EQ(kill(application, 0), 0);
+
+  launch.signal(SIGTERM);
+  launch.wait();
+
+  EXPECT_NE(kill(application, 0), 0);
+}
+
+} // namespace
+} // namespace integration
