@@ -23,7 +23,8 @@ count=0
 failed=0
 for snippet in "$work"/*; do
   [ -e "$snippet" ] || break
-  compiler=("$cc" -std=c99)
+  # EFL's headers take the C library's extensions for granted.
+  compiler=("$cc" -std=gnu99)
   [ "${snippet##*.}" = c ] || compiler=("$cxx" -std=c++17)
   count=$((count + 1))
   if ! "${compiler[@]}" -Wall -Wextra -Werror -Wno-unused -fsyntax-only "$@" "$snippet"; then
