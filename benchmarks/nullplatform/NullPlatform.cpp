@@ -125,7 +125,7 @@ int bundle_add_byte(bundle * /*b*/, const char * /*key*/, const void * /*byte*/,
 }
 
 int bundle_get_str(bundle * /*b*/, const char *key, char **str) {
-  if (key == ACTION_PARAMS) {
+  if (std::strcmp(key, kActionParams) == 0) {
     *str = const_cast<char *>(kParams);
     return BUNDLE_ERROR_NONE;
   }
