@@ -141,7 +141,7 @@ TEST_F(TheAllowList, IsOpenedOncePerCheck) {
   EXPECT_EQ(openings.count(), 2U);
 }
 
-// The id behind the error does not count, nor the part of one before it.
+// An id behind the error does not count.
 TEST_F(TheAllowList, EndsWhereItCannotBeRead) {
   const std::string filler(100, 'x');
   std::string list = "com.valtren.tizen.norix\n";
@@ -150,8 +150,19 @@ TEST_F(TheAllowList, EndsWhereItCannotBeRead) {
   }
   allowListIs(list + "org.example.other\n");
   fake::Assistant other("org.example.other", "instance-2");
-  fake::Assistant part("x", "instance-3");
-  for (fake::Assistant *each : {&assistant, &other, &part}) {
+  for (fake::Assistant *each : {&assistant, &other}) {
+    each->connects();
+    platform().faults.fail("read", 2);
+
+    EXPECT_EQ(serves(*each), each == &assistant) << each->sender();
+  }
+}
+
+// The error comes where the end of the file would be found: the last line may go on behind it.
+TEST_F(TheAllowList, HasNoLastLineWithoutANewlineBeforeAnError) {
+  allowListIs("com.valtren.tizen.norix\norg.example.other");
+  fake::Assistant other("org.example.other", "instance-2");
+  for (fake::Assistant *each : {&assistant, &other}) {
     each->connects();
     platform().faults.fail("read", 2);
 
