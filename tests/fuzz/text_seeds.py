@@ -118,3 +118,50 @@ MANIFESTS = {
     "not-utf-8": manifest(application(b"<label>\xff\xfe</label>")),
     "nothing": b"",
 }
+
+
+def rpc(method, number=1, params=b"{}"):
+    return b'{"jsonrpc":"2.0","id":%d,"method":"%s","params":%s}\n' % (number, method, params)
+
+
+MCP_META = (b'"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28",'
+            b'"io.modelcontextprotocol/clientCapabilities":{"elicitation":{}}}')
+MCP_HELLO = rpc(b"initialize", 0, b'{"protocolVersion":"2025-11-25","capabilities":'
+                                  b'{"elicitation":{"form":{}}}}')
+
+MCP_LINES = {
+    "handshake-and-lists": MCP_HELLO + b"".join(
+        rpc(method, number) for number, method in enumerate(
+            (b"ping", b"tools/list", b"resources/list", b"resources/templates/list",
+             b"prompts/list"), 1)),
+    "call-and-cancel": MCP_HELLO
+                       + rpc(b"tools/call", 1, b'{"name":"f_a","arguments":{"n":4}}')
+                       + b'{"jsonrpc":"2.0","method":"notifications/cancelled",'
+                         b'"params":{"requestId":1}}\n',
+    "call-with-progress": MCP_HELLO + rpc(
+        b"tools/call", 2, b'{"name":"f_a","arguments":{},"_meta":{"progressToken":"t"}}'),
+    "bad-arguments": MCP_HELLO + rpc(b"tools/call", 3, b'{"name":"f_a","arguments":{"n":"x"}}'),
+    "legacy-consent": MCP_HELLO + rpc(b"tools/call", 4, b'{"name":"f_b"}')
+                      + b'{"jsonrpc":"2.0","id":"norix-1","result":{"action":"accept",'
+                        b'"content":{"confirm":true}}}\n',
+    "modern-consent": rpc(b"tools/call", 5, b'{"name":"f_b",%s}' % MCP_META)
+                      + rpc(b"tools/call", 6, b'{"name":"f_b","requestState":"x",'
+                                              b'"inputResponses":{"confirm":{}},%s}' % MCP_META),
+    "modern-discover-and-listen": rpc(b"server/discover", 7, b"{%s}" % MCP_META)
+                                  + rpc(b"subscriptions/listen", 8, b'{"notifications":'
+                                        b'{"toolsListChanged":true},%s}' % MCP_META),
+    "reads-and-prompts": MCP_HELLO
+                         + rpc(b"resources/read", 9, b'{"uri":"norix://org.example.f/state"}')
+                         + rpc(b"prompts/get", 10, b'{"name":"f_a_say_1","arguments":{"n":"4"}}'),
+    "another-version": rpc(b"ping", 11, MCP_META.replace(b"2026-07-28", b"2030-01-01").join(
+        (b"{", b"}"))),
+    "cursor": MCP_HELLO + rpc(b"tools/list", 12, b'{"cursor":"from-1"}'),
+    "batch": b"[%s]\n" % rpc(b"ping").strip(),
+    "null-id": b'{"jsonrpc":"2.0","id":null,"method":"ping"}\n',
+    "deep": b"[" * 200 + b"\n",
+    "long-line": b"x" * 1100 + b"\n" + rpc(b"ping"),
+    "not-utf-8": b'{"jsonrpc":"2.0","id":"\xff","method":"ping"}\n',
+    "windows-newlines": rpc(b"ping").replace(b"\n", b"\r\n\r\n"),
+    "no-last-newline": rpc(b"ping").strip(),
+    "nothing": b"",
+}

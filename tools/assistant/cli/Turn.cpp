@@ -42,14 +42,13 @@ std::string pathFor(const std::string &appId, const std::string &senderId) {
 
 } // namespace
 
+Turn::Turn(const std::string &appId, const std::string &senderId)
+    : _path(pathFor(appId, senderId)) {}
+
 Turn::Turn(const std::string &appId, const std::string &senderId,
            const std::function<void()> &waiting)
-    : _path(pathFor(appId, senderId)) {
-  // Where no file can be made, no application listens either.
-  while ((_file = open(_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600)) >= 0) {
-    if (!lock(_file, F_RDLCK, kInterest, F_OFD_SETLKW)) {
-      break;
-    }
+    : Turn(appId, senderId) {
+  while (open()) {
     if (!lock(_file, F_WRLCK, kTurn, F_OFD_SETLK)) {
       waiting();
       lock(_file, F_WRLCK, kTurn, F_OFD_SETLKW);
@@ -60,6 +59,24 @@ Turn::Turn(const std::string &appId, const std::string &senderId,
     }
     close(_file);
   }
+}
+
+std::unique_ptr<Turn> Turn::attempt(const std::string &appId, const std::string &senderId) {
+  std::unique_ptr<Turn> turn(new Turn(appId, senderId));
+  while (turn->open()) {
+    const bool isTaken = !lock(turn->_file, F_WRLCK, kTurn, F_OFD_SETLK);
+    if (isTaken || isAtPath(turn->_file, turn->_path)) {
+      return isTaken ? nullptr : std::move(turn);
+    }
+    close(turn->_file);
+  }
+  return turn;
+}
+
+// False where no file can be made: no application listens there either.
+bool Turn::open() {
+  _file = ::open(_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+  return _file >= 0 && lock(_file, F_RDLCK, kInterest, F_OFD_SETLKW);
 }
 
 Turn::~Turn() {

@@ -3,6 +3,7 @@
 #define NORIX_ASSISTANT_CLI_TURN_H
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace norix::assistant::cli {
@@ -18,6 +19,8 @@ public:
   /// Waits for the turn; the waiting is bounded by whoever watches the process.
   /// @param waiting  called when others come first
   Turn(const std::string &appId, const std::string &senderId, const std::function<void()> &waiting);
+  /// Takes the turn if nobody has it; null otherwise.
+  static std::unique_ptr<Turn> attempt(const std::string &appId, const std::string &senderId);
   ~Turn();
   Turn(const Turn &) = delete;
   Turn &operator=(const Turn &) = delete;
@@ -26,6 +29,9 @@ public:
   void release();
 
 private:
+  Turn(const std::string &appId, const std::string &senderId);
+  bool open();
+
   std::string _path;
   int _file = -1;
 };

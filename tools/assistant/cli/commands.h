@@ -8,6 +8,7 @@ class Program;
 
 // One file per command, named after it.
 void addState(Program &program);
+void addMcp(Program &program);
 void addRun(Program &program);
 void addList(Program &program);
 void addLaunch(Program &program);
@@ -22,6 +23,7 @@ inline void addCommands(Program &program) {
   addList(program);
   addState(program);
   addRun(program);
+  addMcp(program);
   addMonitor(program);
   addDoctor(program);
   addShell(program);

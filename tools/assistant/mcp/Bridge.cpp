@@ -94,6 +94,8 @@ Bridge::Road &Bridge::roadTo(const std::string &appId) {
     Link::Settings settings;
     settings.appId = appId;
     settings.senderId = _settings.senderId;
+    settings.takeTurn = [this, appId] { return _settings.takeTurn(appId); };
+    settings.releaseTurn = [this, appId] { _settings.releaseTurn(appId); };
     for (const Offered &application : _settings.applications) {
       if (_settings.launch && application.appId == appId && !application.folder.empty()) {
         settings.launch = [this, application] { _settings.launch(application); };

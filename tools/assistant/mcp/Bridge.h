@@ -43,6 +43,8 @@ public:
     std::string senderId; ///< As whom the applications are asked.
     bool readOnly = false;
     std::function<void(const Offered &)> launch; ///< Starts an application; may be empty.
+    std::function<bool(const std::string &appId)> takeTurn; ///< See Link::Settings.
+    std::function<void(const std::string &appId)> releaseTurn;
     std::function<void(const std::string &)> log;
   };
 

@@ -18,7 +18,7 @@ namespace norix::assistant::mcp {
 using Check = std::function<std::optional<std::string>(const Json &)>;
 
 /// A tool as the agent sees it, and what it stands for.
-struct Tool {
+struct Tool { // NOLINT(bugprone-exception-escape): moving JSON asserts, and never throws.
   std::string name;
   std::string appId;
   std::string actionId; ///< Of a state tool the id that asks for the state.

@@ -6,7 +6,7 @@
 namespace norix::assistant::mcp {
 namespace {
 
-// How often a started application is tried until it listens.
+// How often a started application is tried until it listens, and a taken turn until it is free.
 constexpr double kRetrySeconds = 0.05;
 
 Request requestFor(const Work &work) {
@@ -39,21 +39,29 @@ Outcome failureOutcome(const Response &response, const std::string &appId) {
 Link::Link(Settings settings) : _settings(std::move(settings)) {}
 
 void Link::run(const Work &work, Done done) {
-  _current.emplace();
+  _current = Current();
   _current->request = requestFor(work);
   _current->done = std::move(done);
   _current->limit = std::make_unique<Timer>(_settings.runSeconds, [this] { onLimit(); });
-  if (_registered) {
-    send();
+  begin();
+}
+
+void Link::begin() {
+  if (!_settings.takeTurn()) {
+    _retry = std::make_unique<Timer>(kRetrySeconds, [this] { begin(); });
+  } else if (_connected) {
+    registerAndSend();
   } else {
     connect();
   }
 }
 
 void Link::connect() {
-  _registered = false;
   Client::Handlers handlers;
-  handlers.connected = [this] { onConnected(); };
+  handlers.connected = [this] {
+    _connected = true;
+    registerAndSend();
+  };
   handlers.ended = [this](const Error &error) { onEnded(error); };
   handlers.answered = [this](const Answer &answer) { onAnswered(answer); };
   handlers.malformed = [this](const Error &error) { fail(error); };
@@ -65,32 +73,35 @@ void Link::connect() {
   }
 }
 
-void Link::onConnected() {
-  try {
-    _client->setCallback({});
-    _registered = true;
-  } catch (const Error &error) {
-    fail(error);
+// The delegate is registered for every request: between two of them another process may have asked
+// as the same sender.
+void Link::registerAndSend() {
+  if (!_current) {
     return;
   }
-  if (_current) {
-    send();
+  try {
+    _client->setCallback({});
+    _client->send(_current->request);
+    _current->sent = true;
+  } catch (const Error &error) {
+    // Nothing of the request has left. A connection that ended while nobody looked is made again.
+    if (error.failure() == Failure::Disconnected && !_current->reconnected) {
+      _current->reconnected = true;
+      drop();
+      connect();
+    } else {
+      fail(error);
+    }
   }
 }
 
-void Link::send() {
-  try {
-    _client->send(_current->request);
-    _current->sent = true;
-  } catch (const Error &) {
-    // Nothing of the request has left: the connection ended while nobody looked.
-    connect();
-  }
+void Link::drop() {
+  _connected = false;
+  _client.reset();
 }
 
 void Link::onEnded(const Error &error) {
-  _registered = false;
-  _client.reset();
+  drop();
   if (!_current) {
     return;
   }
@@ -120,8 +131,7 @@ void Link::launchOrFail() {
 }
 
 void Link::fail(const Error &error) {
-  _registered = false;
-  _client.reset();
+  drop();
   if (!_current) {
     return;
   }
@@ -149,13 +159,13 @@ void Link::onLimit() {
     finish(unknown("'" + _settings.appId + "' did not answer in time"));
     return;
   }
-  _retry.reset();
-  _client.reset();
-  _registered = false;
+  drop();
   finish(notExecuted("'" + _settings.appId + "' could not be reached in time"));
 }
 
-void Link::finish(Outcome outcome) {
+void Link::finish(const Outcome &outcome) {
+  _retry.reset();
+  _settings.releaseTurn();
   const Current finished = *std::exchange(_current, std::nullopt);
   finished.done(outcome);
 }

@@ -14,7 +14,7 @@
 namespace norix::assistant::mcp {
 
 /**
- * @brief The connection to one application: made when it is first needed, and again after it broke.
+ * @brief The connection to one application: made when it is first needed, and again when it broke.
  * @details One request at a time. Nothing that was sent is ever sent again.
  */
 class Link {
@@ -24,6 +24,10 @@ public:
     std::string senderId;   ///< As whom the bridge asks; for the words of a refusal.
     double runSeconds = 32; ///< From the beginning of a request to its end, connecting included.
     std::function<void()> launch; ///< Starts the application; empty: it has to run. Throws.
+    /// Tries to become the one process that asks as this sender, and says whether it did: of one
+    /// sender id the library answers through the delegate that was registered last.
+    std::function<bool()> takeTurn;
+    std::function<void()> releaseTurn;
   };
 
   explicit Link(Settings settings);
@@ -38,21 +42,23 @@ private:
     std::unique_ptr<Timer> limit;
     bool sent = false;
     bool launched = false;
+    bool reconnected = false;
   };
 
+  void begin();
   void connect();
-  void onConnected();
+  void registerAndSend();
   void onEnded(const Error &error);
   void onAnswered(const Answer &answer);
-  void send();
+  void drop();
   void launchOrFail();
   void onLimit();
   void fail(const Error &error);
-  void finish(Outcome outcome);
+  void finish(const Outcome &outcome);
 
   Settings _settings;
   std::unique_ptr<Client> _client;
-  bool _registered = false;
+  bool _connected = false;
   std::optional<Current> _current;
   std::unique_ptr<Timer> _retry;
 };

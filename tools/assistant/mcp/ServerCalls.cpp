@@ -16,12 +16,10 @@ namespace {
 
 constexpr const char *kQuestion = "confirm";
 
+// Without any, some models write null.
 Json argumentsOf(const Json &params) {
-  Json arguments = params.value("arguments", Json::object());
-  if (!arguments.is_object()) {
-    throw RpcError(InvalidParams, "\"arguments\" must be an object");
-  }
-  return arguments;
+  Json arguments = params.value("arguments", Json());
+  return arguments.is_null() ? Json::object() : arguments;
 }
 
 Json notConfirmed(const std::string &why) {
@@ -38,10 +36,8 @@ std::optional<Json> Server::callTool(const Caller &caller, const Json &params) {
     throw RpcError(InvalidParams, "unknown tool: " + toLine(name));
   }
   const Json arguments = argumentsOf(params);
-  if (tool->checkArguments) {
-    if (const auto problem = tool->checkArguments(arguments)) {
-      return toolError("Not executed, safe to retry: " + *problem);
-    }
+  if (const auto problem = tool->checkArguments(arguments)) {
+    return toolError("Not executed, safe to retry: " + *problem);
   }
   if (tool->needsConsent && !_settings.consentGiven) {
     return withConsent(caller, *tool, params);

@@ -70,10 +70,18 @@ TEST_F(AToolCall, WithBadArgumentsTellsTheModelWhatIsExpectedAndExecutesNothing)
   EXPECT_TRUE(desk.executions().empty());
 }
 
-TEST_F(AToolCall, WithArgumentsThatAreNoObjectIsAProtocolError) {
+TEST_F(AToolCall, WithArgumentsThatAreNoObjectTellsTheModel) {
   desk.legacy(1, "tools/call", {{"name", "player_play"}, {"arguments", 7}});
 
-  EXPECT_EQ(desk.lastError(), InvalidParams);
+  EXPECT_EQ(desk.last().at("result").at("isError"), true);
+  EXPECT_TRUE(desk.executions().empty());
+}
+
+TEST_F(AToolCall, TakesNullForNoArguments) {
+  desk.legacy(1, "tools/call", {{"name", "player_play"}, {"arguments", nullptr}});
+
+  ASSERT_EQ(desk.executions().size(), 1U);
+  EXPECT_EQ(desk.executions().front().work.params, "{}");
 }
 
 TEST_F(AToolCall, ThatFailsIsAnErrorOfTheToolWithoutStructuredContent) {
