@@ -17,7 +17,6 @@ namespace {
 
 constexpr const char *kLight = "org.example.light";
 constexpr const char *kState = "{\"light\":\"off\"}\n";
-constexpr int kCannotConnect = 3;
 constexpr int kInternal = 9;
 
 // Bit n of the parameter says that descriptor n is closed.
@@ -43,11 +42,12 @@ protected:
            == "/dev/null";
   }
 
-  // An application without standard output cannot say when it is ready.
+  // An application without standard output cannot say when it is ready: until then nobody listens,
+  // or somebody who does not accept yet.
   static Outcome askUntilThere() {
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(kBound);
     Outcome outcome = runAssistant({"state", kLight});
-    while (outcome.status == kCannotConnect && std::chrono::steady_clock::now() < end) {
+    while (outcome.status != 0 && std::chrono::steady_clock::now() < end) {
       outcome = runAssistant({"state", kLight});
     }
     return outcome;

@@ -45,6 +45,8 @@ public:
     static Exchange *const exchange = new Exchange;
     return *exchange;
   }
+  Exchange(const Exchange &) = delete;
+  Exchange &operator=(const Exchange &) = delete;
 
   // From now on the calling thread is the main loop's. False when there is an Assistant already.
   bool open() {

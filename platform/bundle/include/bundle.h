@@ -20,8 +20,8 @@
  * 5. Memory. At least eight bytes can be read at every text, every byte value and every element of
  *    an array that is not empty; those beyond the value are zero. A device does not guarantee this.
  * 6. Limits. A bundle has at most 32,768 keys, of 4 MiB together, and at most 262,144 slots in all
- *    its arrays; adding more is #BUNDLE_ERROR_OUT_OF_MEMORY. The limits bound the time that a peer's
- *    bundle takes to read. A device has others.
+ *    its arrays; adding more is #BUNDLE_ERROR_OUT_OF_MEMORY. The limits bound the time that a
+ * peer's bundle takes to read. A device has others.
  * 7. Threads. A bundle may be used by one thread at a time, different bundles by different threads.
  *
  * @code

@@ -4,6 +4,8 @@
 #include "support/Log.h"
 #include "support/RawSocket.h"
 
+#include <Ecore.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -192,6 +194,7 @@ protected:
   static int resultInChild(Check check) {
     const pid_t child = fork();
     if (child == 0) {
+      ecore_fork_reset(); // As Ecore asks of a child that uses its loop.
       const int spaces = geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER;
       const bool isHidden = unshare(spaces) == 0
                             && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0

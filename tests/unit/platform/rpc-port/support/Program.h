@@ -10,9 +10,9 @@
 
 namespace rpc_test {
 
-/// The other side in a process of its own: programs/peer.cpp. "stub" listens as org.example.peer and
-/// sends each text back on the port it came from and on the callback port. "proxy" connects to this
-/// process, sends "hello" and waits.
+/// The other side in a process of its own: programs/peer.cpp. "stub" listens as org.example.peer
+/// and sends each text back on the port it came from and on the callback port. "proxy" connects to
+/// this process, sends "hello" and waits.
 class Program {
 public:
   static constexpr const char *kAppId = "org.example.peer";
