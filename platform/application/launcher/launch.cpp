@@ -99,10 +99,19 @@ void restoreSignals() {
   }
 }
 
+// Whoever reads this process's output to its end must not wait for the application's end as well.
+// Its log stays visible on standard error.
+void leaveStandardStreams() {
+  const int nothing = open("/dev/null", O_RDWR);
+  (void)dup2(nothing, STDIN_FILENO);
+  (void)dup2(nothing, STDOUT_FILENO);
+}
+
 [[noreturn]] void become(const char *path, char *const *arguments, char *const *environment,
                          int mark, int failure) {
   restoreSignals();
   (void)setsid();
+  leaveStandardStreams();
   // Out of the way first: either may have the number that the other is to get.
   const int spareMark = fcntl(mark, F_DUPFD, kFirstInherited + 2);
   const int spareFailure = fcntl(failure, F_DUPFD, kFirstInherited + 2);

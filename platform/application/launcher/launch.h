@@ -24,7 +24,7 @@ enum class LaunchReason {
  * @brief Starts an application from $NORIX_DESKTOP_APPS, in one process however many ask.
  * @details It returns when the program runs, which is not when it listens. The process is no child
  *          of this one; it has the application's id, this process's environment and standard
- *          streams, and none of its other descriptors.
+ *          error, and none of its other descriptors.
  */
 Launch launch(const std::string &appId, LaunchReason reason);
 
