@@ -45,7 +45,7 @@ protected:
   // The folder of an application that nobody started, with these declarations.
   fs::path installWith(const std::string &declarations) const {
     runtime.install("org.example.idle", "1.0-beta");
-    const fs::path folder = runtime.write("apps/org.example.idle/app", "#!/bin/sh\n").parent_path();
+    fs::path folder = runtime.write("apps/org.example.idle/app", "#!/bin/sh\n").parent_path();
     fs::permissions(folder / "app", fs::perms::owner_all);
     fs::create_directories(folder / "shared/res");
     runtime.write("apps/org.example.idle/shared/res/norix-actions.json", declarations);

@@ -77,7 +77,7 @@ private:
       _tracing.show();
     });
     allowUnlessBounded(kExchange);
-    const Ending ending = ask();
+    Ending ending = ask();
     _watchdog.onEnd([this] { _tracing.show(); });
     return ending;
   }

@@ -50,7 +50,7 @@ struct OutcomeRow {
 };
 
 const OutcomeRow &rowOf(Outcome outcome);
-const std::vector<OutcomeRow> &allOutcomes();
+std::vector<OutcomeRow> allOutcomes();
 
 /// What the placeholders of a row stand for.
 struct Subject {

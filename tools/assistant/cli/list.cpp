@@ -5,7 +5,6 @@
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
 #include "assistant/cli/registered.h"
-#include "assistant/trace/visible.h"
 
 #include <array>
 #include <ctime>
@@ -13,8 +12,6 @@
 
 namespace norix::assistant::cli {
 namespace {
-
-using trace::visible;
 
 // Local time, as in 2026-11-21T14:03:31+0100.
 std::string timeText(std::time_t time) {
@@ -47,7 +44,7 @@ std::string toText(const actions::Action &action) {
 // One application, as text and as JSON.
 struct Entry {
   std::string text;
-  Json json;
+  Json json = Json::object();
 };
 
 void addDeclared(const actions::Declarations &declared, Entry &entry) {

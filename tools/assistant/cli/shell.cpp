@@ -43,6 +43,7 @@ std::string historyFile() {
 
 std::vector<char *> pointersTo(std::vector<std::string> &words) {
   std::vector<char *> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string &word : words) {
     pointers.push_back(word.data());
   }
