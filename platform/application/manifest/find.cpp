@@ -82,7 +82,9 @@ std::string findProgram(const std::string &folder, const std::string &exec) {
   if (!leadsInside(exec)) {
     return {};
   }
-  for (std::string candidate : {folder + "/bin/" + exec, folder + "/" + exec}) {
+  for (const char *place : {"/bin/", "/"}) {
+    std::string candidate = folder;
+    candidate.append(place).append(exec);
     struct stat status = {};
     if (stat(candidate.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
       return candidate;
