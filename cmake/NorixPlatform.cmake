@@ -44,7 +44,7 @@ message(STATUS "The platform's interfaces come from: ${norix_platform}")
 
 # What norix-assistant needs of it wherever the interfaces come from.
 add_subdirectory(${PROJECT_SOURCE_DIR}/platform/base/descriptors
-                 ${PROJECT_BINARY_DIR}/platform/base/descriptors)
+                 ${PROJECT_BINARY_DIR}/shared/descriptors)
 add_subdirectory(${PROJECT_SOURCE_DIR}/platform/ecore ${PROJECT_BINARY_DIR}/shared/ecore)
 add_subdirectory(${PROJECT_SOURCE_DIR}/platform/application/manifest
                  ${PROJECT_BINARY_DIR}/shared/manifest)

