@@ -9,7 +9,8 @@
 function(norix_write_declarations target)
   cmake_parse_arguments(arg "" "FILE" "" ${ARGN})
   if(NOT arg_FILE)
-    set(arg_FILE $<TARGET_FILE_DIR:${target}>/../shared/res/norix-actions.json)
+    set(application_folder $<TARGET_FILE_DIR:${target}>/..)
+    set(arg_FILE ${application_folder}/shared/res/norix-actions.json)
   endif()
   if(CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
     message(WARNING "norix_write_declarations(${target}): the program cannot be run here; set "
