@@ -182,6 +182,8 @@ TEST_F(TheBridge, AnswersNothingToWhatWasCancelledButWaitsForItsEnd) {
   const Received first = application.awaitRequest();
   bridge.writeLine(
       R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":1}})");
+  ask(bridge, "seen", "ping");
+  EXPECT_EQ(json::parse(bridge.readLine()).at("id"), "seen");
   call(bridge, 2, "test_play", {{"n", 2}});
   EXPECT_EQ(application.completeAction(first.number, "one"), 0);
 
