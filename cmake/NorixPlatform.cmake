@@ -4,7 +4,10 @@
 #
 #   NORIX_PLATFORM=device   the platform's own packages, found with pkg-config
 #   NORIX_PLATFORM=desktop  the folder platform/ of this project
-#   NORIX_PLATFORM=auto     device when its packages are there, desktop otherwise
+#   NORIX_PLATFORM=auto     device when its packages are there, desktop otherwise; packages of the
+#                           desktop platform itself, installed, do not count
+#
+# Including this file sets norix_platform; norix_provide_platform() makes the targets.
 
 find_package(PkgConfig REQUIRED)
 
@@ -19,18 +22,10 @@ set(norix_platform_modules
     capi-appfw-service-application
     capi-system-info)
 
-# Finds one pkg-config module and names it Platform::<module>.
-function(norix_import_module module)
-  string(MAKE_C_IDENTIFIER "norix_${module}" prefix)
-  pkg_check_modules(${prefix} REQUIRED IMPORTED_TARGET GLOBAL ${module})
-  add_library(Platform::${module} ALIAS PkgConfig::${prefix})
-endfunction()
-
-norix_import_module(ecore)
-
 if(NORIX_PLATFORM STREQUAL "auto")
   pkg_check_modules(norix_device QUIET ${norix_platform_modules})
-  if(norix_device_FOUND)
+  pkg_get_variable(norix_installed_desktop rpc-port norix_desktop)
+  if(norix_device_FOUND AND NOT norix_installed_desktop)
     set(norix_platform device)
   else()
     set(norix_platform desktop)
@@ -42,17 +37,31 @@ else()
 endif()
 message(STATUS "The platform's interfaces come from: ${norix_platform}")
 
-# What norix-assistant needs of it wherever the interfaces come from.
-add_subdirectory(${PROJECT_SOURCE_DIR}/platform/base/descriptors
-                 ${PROJECT_BINARY_DIR}/shared/descriptors)
-add_subdirectory(${PROJECT_SOURCE_DIR}/platform/ecore ${PROJECT_BINARY_DIR}/shared/ecore)
-add_subdirectory(${PROJECT_SOURCE_DIR}/platform/application/manifest
-                 ${PROJECT_BINARY_DIR}/shared/manifest)
+# Finds one pkg-config module and names it Platform::<module>.
+function(norix_import_module module)
+  string(MAKE_C_IDENTIFIER "norix_${module}" prefix)
+  pkg_check_modules(${prefix} REQUIRED IMPORTED_TARGET GLOBAL ${module})
+  add_library(Platform::${module} ALIAS PkgConfig::${prefix})
+endfunction()
 
-if(norix_platform STREQUAL "device")
-  foreach(module IN LISTS norix_platform_modules)
-    norix_import_module(${module})
-  endforeach()
-else()
-  add_subdirectory(${PROJECT_SOURCE_DIR}/platform ${PROJECT_BINARY_DIR}/platform)
-endif()
+# Makes Platform::<module> for every module, and Platform::ecore.
+function(norix_provide_platform)
+  norix_import_module(ecore)
+
+  # What norix-assistant needs of it wherever the interfaces come from.
+  if(NORIX_BUILD_TOOLS OR norix_platform STREQUAL "desktop")
+    add_subdirectory(${PROJECT_SOURCE_DIR}/platform/base/descriptors
+                     ${PROJECT_BINARY_DIR}/shared/descriptors)
+    add_subdirectory(${PROJECT_SOURCE_DIR}/platform/ecore ${PROJECT_BINARY_DIR}/shared/ecore)
+    add_subdirectory(${PROJECT_SOURCE_DIR}/platform/application/manifest
+                     ${PROJECT_BINARY_DIR}/shared/manifest)
+  endif()
+
+  if(norix_platform STREQUAL "device")
+    foreach(module IN LISTS norix_platform_modules)
+      norix_import_module(${module})
+    endforeach()
+  else()
+    add_subdirectory(${PROJECT_SOURCE_DIR}/platform ${PROJECT_BINARY_DIR}/platform)
+  endif()
+endfunction()
