@@ -35,6 +35,17 @@ TEST_F(ANewApplication, CannotBeConnectedTo) {
   EXPECT_EQ(failureOf([&] { Session session(application.id()); }), Failure::CannotConnect);
 }
 
+TEST_F(ANewApplication, CanBeInitialisedOnceItHasDescriptorsAgain) {
+  TestApplication application(runtime, {});
+  application.takeDescriptors();
+  EXPECT_EQ(application.initialize(), NORIX_ERROR_OPERATION_FAILED);
+
+  application.giveDescriptors();
+
+  EXPECT_EQ(application.initialize(), NORIX_ERROR_NONE);
+  EXPECT_TRUE(Session(application.id()).ask(stateRequest(), kBound).response.isState());
+}
+
 TEST_F(AnInitialisedApplication, MayBeInitialisedAgain) {
   TestApplication application(runtime);
   Session session(application.id());

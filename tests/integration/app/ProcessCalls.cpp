@@ -8,6 +8,7 @@
 #include <ctime>
 #include <poll.h>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -72,6 +73,23 @@ int countSocketsOfAProgram() {
   return lines > 0 ? sockets : -1;
 }
 
+// Sets how many descriptors the process may have from now on: only those it has, or as many as at
+// first.
+int limitDescriptors(bool toThoseItHas) {
+  static const rlimit first = [] {
+    rlimit limit = {};
+    (void)getrlimit(RLIMIT_NOFILE, &limit);
+    return limit;
+  }();
+  rlimit limit = first;
+  if (toThoseItHas) {
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    limit.rlim_cur = static_cast<rlim_t>(next);
+  }
+  return setrlimit(RLIMIT_NOFILE, &limit);
+}
+
 } // namespace
 
 std::optional<int> callProcess(const std::string &name, const nlohmann::json &command) {
@@ -80,6 +98,9 @@ std::optional<int> callProcess(const std::string &name, const nlohmann::json &co
   }
   if (name == "countSocketsOfAProgram") {
     return countSocketsOfAProgram();
+  }
+  if (name == "limitDescriptors") {
+    return limitDescriptors(command.at("toThoseItHas"));
   }
   if (name == "wallClock") {
     return static_cast<int>(std::time(nullptr) / 60);

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace integration {
 namespace {
@@ -105,6 +106,8 @@ int VoiceApplication::arrange(const std::string &name, const json &command) {
     _answerAtOnce = command.at("text");
   } else if (name == "deinitialiseAtOnce") {
     _deinitialiseAtOnce = true;
+  } else if (name == "throwAtOnce") {
+    _throwAtOnce = true;
   } else if (name == "reportLog") {
     const std::string text = command.at("text");
     LogWatch::once(text, [text] { report({{"event", "log"}, {"text", text}}); });
@@ -147,6 +150,9 @@ void VoiceApplication::received(const char *kind, void *handle, bundle *request)
 
   if (_deinitialiseAtOnce) {
     report({{"event", "deinitialised"}, {"result", norix_deinitialize()}});
+  }
+  if (std::exchange(_throwAtOnce, false)) {
+    throw std::runtime_error("a mistake of the application");
   }
 }
 

@@ -36,6 +36,7 @@ private:
   std::vector<void *> _handles;
   std::optional<std::string> _answerAtOnce;
   bool _deinitialiseAtOnce = false;
+  bool _throwAtOnce = false;
   std::string _lateActionId;
 };
 

@@ -65,6 +65,8 @@ public:
   void answerAtOnce(const std::string &text) { call("answerAtOnce", {{"text", text}}); }
   // From now on every request makes the application deinitialise the library inside its callback.
   void deinitialiseAtOnce() { call("deinitialiseAtOnce"); }
+  // The next request makes its callback throw.
+  void throwAtOnce() { call("throwAtOnce"); }
   // Registers the action this long after the library has parked the next request.
   void setActionWhenParked(const std::string &id, double seconds);
   // Announces that awaitLog() will wait for this text.
@@ -74,6 +76,9 @@ public:
   int fork(const std::string &ending) { return call("fork", {{"ending", ending}}); }
   // What a program finds open that the application starts.
   int countSocketsOfAProgram() { return call("countSocketsOfAProgram"); }
+  // Leaves the process no free descriptor, or as many as it had when it started.
+  void takeDescriptors() { call("limitDescriptors", {{"toThoseItHas", true}}); }
+  void giveDescriptors() { call("limitDescriptors", {{"toThoseItHas", false}}); }
   int minutesOnTheWallClock() { return call("wallClock"); }
 
   // Waits for the next request.
