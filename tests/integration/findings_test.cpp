@@ -27,8 +27,10 @@ constexpr int kCannotLaunch = 8;
 /// A launched application and what launch says of it.
 class Launched {
 public:
-  explicit Launched(std::vector<std::string> arguments)
-      : _process(startAssistant(command(std::move(arguments)), {{"DLOG_FILTER", "*:S"}})) {}
+  /// @param options  of launch, in addition
+  explicit Launched(std::vector<std::string> arguments, std::vector<std::string> options = {})
+      : _process(startAssistant(command(std::move(options), std::move(arguments)),
+                                {{"DLOG_FILTER", "*:S"}})) {}
 
   /// Waits for an event that the predicate accepts.
   template <typename Predicate>
@@ -58,9 +60,12 @@ public:
   Process &process() { return _process; }
 
 private:
-  static std::vector<std::string> command(std::vector<std::string> arguments) {
+  static std::vector<std::string> command(std::vector<std::string> options,
+                                          std::vector<std::string> arguments) {
     std::vector<std::string> all = {
-        "launch", "--json", "--trace", "--strict", "--completion-timeout", "0.3", kId, "--"};
+        "launch", "--json", "--trace", "--strict", "--completion-timeout", "0.3"};
+    all.insert(all.end(), options.begin(), options.end());
+    all.insert(all.end(), {kId, "--"});
     all.insert(all.end(), arguments.begin(), arguments.end());
     return all;
   }
@@ -253,6 +258,13 @@ TEST_F(FindingTest, TheCompletionTimeoutIsTheOneAskedFor) {
   Launched launched({"never-answers"});
 
   EXPECT_EQ(launched.awaitInitialised().at("completionTimeout"), 300);
+}
+
+TEST_F(FindingTest, TheAllowListIsTheOneAskedFor) {
+  const std::string path = runtime.write("list", std::string(kAssistant) + "\n");
+  Launched launched({}, {"--allow-list", path});
+
+  EXPECT_EQ(launched.awaitInitialised().at("allowList"), path);
 }
 
 struct List {

@@ -132,6 +132,10 @@ void addLaunch(Program &program) {
                   "After how long the library gives up waiting for an answer, instead of 30")
       ->type_name("SECONDS")
       ->check(checkSeconds, "");
+  command
+      .add_option("--allow-list", launch.allowList,
+                  "The allow list that the application reads, instead of the device's")
+      ->type_name("FILE");
   command.add_option("ARGUMENT", launch.arguments, "Passed on to the application; after --");
 }
 

@@ -12,6 +12,7 @@
 #include <iostream>
 #include <poll.h>
 #include <sstream>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +21,7 @@ namespace {
 
 constexpr int kTimeToListen = 30000;
 constexpr int kTimeToStop = 10000;
+constexpr int kSignalStatus = 128;
 
 // The standard streams of a process without a terminal.
 void redirect(const std::string &log) {
@@ -35,6 +37,10 @@ void redirect(const std::string &log) {
 [[noreturn]] void superviseInBackground(const Target &target, const LaunchOptions &options,
                                         const std::string &log, int announce) {
   setsid();
+  if (options.endsWithStarter) {
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+  }
+  int status = 0;
   redirect(log);
   try {
     Supervisor supervisor(target, options);
@@ -43,13 +49,15 @@ void redirect(const std::string &log) {
       close(announce);
     });
     const Ending ending = supervisor.run();
+    const bool isByItself = WIFEXITED(ending.status);
+    const int code = isByItself ? WEXITSTATUS(ending.status) : WTERMSIG(ending.status);
     std::cerr << "norix-assistant: '" << target.id << "' ended with status "
-              << (WIFEXITED(ending.status) ? WEXITSTATUS(ending.status) : -WTERMSIG(ending.status))
-              << std::endl;
+              << (isByItself ? code : -code) << std::endl;
+    status = isByItself ? code : kSignalStatus + code;
   } catch (const std::exception &error) {
     std::cerr << "norix-assistant: cannot launch: " << trace::visible(error.what()) << std::endl;
   }
-  _exit(0);
+  _exit(status);
 }
 
 std::string contentOf(const std::string &path) {
@@ -87,6 +95,7 @@ LeftRunning launchInBackground(const Target &target, const LaunchOptions &option
   pollfd polled = {reading.get(), POLLIN, 0};
   const bool isTold = poll(&polled, 1, kTimeToListen) == 1;
   if (isTold && read(reading.get(), &left.application, sizeof left.application) > 0) {
+    left.supervisor = supervisor;
     return left;
   }
   kill(supervisor, SIGTERM);

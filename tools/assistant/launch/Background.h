@@ -12,6 +12,9 @@ namespace norix::assistant::launch {
 /// An application that was left running.
 struct LeftRunning {
   pid_t application = 0;
+  /// The process that stays with it, a child of this one. It ends with the application's status, or
+  /// 128 and the number of the signal that ended it; SIGTERM ends both.
+  pid_t supervisor = 0;
   /// The file with what it writes, and with the findings.
   std::string log;
 };

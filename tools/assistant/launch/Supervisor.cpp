@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <initializer_list>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
@@ -16,6 +17,7 @@
 namespace norix::assistant::launch {
 namespace {
 
+namespace fs = std::filesystem;
 using nlohmann::json;
 
 constexpr std::uint64_t kMillisecond = 1000000;
@@ -43,6 +45,9 @@ environmentFor(const Target &target, const LaunchOptions &options, const std::st
   }
   if (options.completionTimeout) {
     environment["NORIX_PROBE_COMPLETION_TIMEOUT"] = std::to_string(*options.completionTimeout);
+  }
+  if (options.allowList) {
+    environment["NORIX_PROBE_ALLOW_LIST"] = fs::absolute(*options.allowList);
   }
   return environment;
 }

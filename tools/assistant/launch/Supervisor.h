@@ -29,6 +29,10 @@ struct LaunchOptions {
   bool waits = false;
   /// After how many seconds the library gives up waiting for an answer, instead of 30.
   std::optional<double> completionTimeout;
+  /// The allow list that the library reads, instead of the device's.
+  std::optional<std::string> allowList;
+  /// Ends with the process that launched it, when it runs in the background.
+  bool endsWithStarter = false;
 };
 
 /// How a launched application ended.
