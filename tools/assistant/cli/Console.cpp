@@ -26,20 +26,6 @@ bool writeAll(int descriptor, std::string_view text) {
   return true;
 }
 
-// Lines and tabs are part of an answer; whatever else controls a terminal is shown.
-std::string visibleLines(std::string_view text) {
-  std::string shown;
-  while (!text.empty()) {
-    const size_t end = std::min(text.find_first_of("\n\t"), text.size());
-    shown += trace::visible(text.substr(0, end));
-    if (end < text.size()) {
-      shown += text[end];
-    }
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  return shown;
-}
-
 // The control characters that JSON lets pass: DEL, and C1, which UTF-8 begins with 0xC2.
 std::string escapeRest(const std::string &json) {
   constexpr char kDelete = 0x7F;
@@ -108,7 +94,7 @@ bool Console::write(const std::string &line) const {
 }
 
 bool Console::print(const std::string &text) const {
-  return write(_isRaw ? text : visibleLines(text));
+  return write(_isRaw ? text : trace::visibleLines(text));
 }
 
 bool Console::printStyled(const std::string &text) const {

@@ -83,17 +83,6 @@ constexpr OutcomeRow kRows[] = {
     {Outcome::Terminated, kSignalBase + SIGTERM, "terminated", "ended by SIGTERM", "terminated",
      ""}};
 
-std::string visibleLines(const std::string &text) {
-  std::string shown;
-  size_t begin = 0;
-  while (begin <= text.size()) {
-    const size_t end = std::min(text.find('\n', begin), text.size());
-    shown += (begin == 0 ? "" : "\n") + trace::visible(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  return shown;
-}
-
 std::string numberText(double number) {
   std::array<char, 32> text{};
   (void)std::snprintf(text.data(), text.size(), "%.6g", number);
@@ -119,7 +108,7 @@ std::string fill(const char *text, const Subject &subject) {
        {"{sender}", trace::visible(subject.sender)},
        {"{seconds}", numberText(subject.seconds)},
        {"{detail}", trace::visible(subject.detail)},
-       {"{lines}", visibleLines(subject.detail)}}};
+       {"{lines}", trace::visibleLines(subject.detail)}}};
   std::string filled;
   for (std::string_view rest = text; !rest.empty();) {
     const auto *value = std::find_if(values.begin(), values.end(), [rest](const auto &candidate) {

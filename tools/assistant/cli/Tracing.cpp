@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/cli/Tracing.h"
 
+#include "assistant/trace/Timeline.h"
+
 #include <iostream>
 
 namespace norix::assistant::cli {
@@ -27,7 +29,7 @@ void Tracing::show() {
   const bool isOneSided = _trace->isOneSided();
   _shown = _trace->finish(_requestId);
   _trace.reset();
-  for (const std::string &line : launch::toLines(_shown)) {
+  for (const std::string &line : trace::toLines(_shown)) {
     std::cerr << line << '\n';
   }
   if (isOneSided) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/launch/ExchangeTrace.h"
 
-#include "assistant/trace/Timeline.h"
 #include "assistant/trace/logTexts.h"
 #include "assistant/trace/names.h"
 
@@ -79,20 +78,6 @@ void ExchangeTrace::readUntilAnswered(const std::string &requestId) {
       }
     }
   }
-}
-
-std::vector<std::string> toLines(const std::vector<Event> &events) {
-  trace::Timeline timeline;
-  if (!events.empty()) {
-    timeline.setStart(events.front().time);
-  }
-  std::vector<std::string> lines;
-  for (const Event &event : events) {
-    if (const auto line = timeline.line(event)) {
-      lines.push_back(*line);
-    }
-  }
-  return lines;
 }
 
 } // namespace norix::assistant::launch

@@ -36,9 +36,6 @@ private:
   std::vector<trace::Event> _events;
 };
 
-/// The time line of events, a line each, counted from the first of them.
-std::vector<std::string> toLines(const std::vector<trace::Event> &events);
-
 } // namespace norix::assistant::launch
 
 #endif

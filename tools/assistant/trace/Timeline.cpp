@@ -226,4 +226,18 @@ std::string Timeline::localTime(std::uint64_t time) const {
   return text.data();
 }
 
+std::vector<std::string> toLines(const std::vector<Event> &events) {
+  Timeline timeline;
+  if (!events.empty()) {
+    timeline.setStart(events.front().time);
+  }
+  std::vector<std::string> lines;
+  for (const Event &event : events) {
+    if (const auto line = timeline.line(event)) {
+      lines.push_back(*line);
+    }
+  }
+  return lines;
+}
+
 } // namespace norix::assistant::trace

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace norix::assistant::trace {
 
@@ -53,6 +54,9 @@ private:
   std::uint64_t _enteredAt = 0;
   std::string _sender;
 };
+
+/// The lines of these events, counted from the first of them.
+std::vector<std::string> toLines(const std::vector<Event> &events);
 
 } // namespace norix::assistant::trace
 

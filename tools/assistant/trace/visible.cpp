@@ -3,6 +3,7 @@
 
 #include "assistant/trace/utf8.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace norix::assistant::trace {
@@ -48,6 +49,19 @@ std::string visible(std::string_view text) {
       }
     }
     text.remove_prefix(character.size());
+  }
+  return shown;
+}
+
+std::string visibleLines(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\n\t"), text.size());
+    shown += visible(text.substr(0, end));
+    if (end < text.size()) {
+      shown += text[end];
+    }
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
   return shown;
 }

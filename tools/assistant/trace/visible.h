@@ -12,6 +12,9 @@ namespace norix::assistant::trace {
 /// included, stays as it is.
 std::string visible(std::string_view text);
 
+/// The same for a text of several lines: line ends and tabs stay as they are.
+std::string visibleLines(std::string_view text);
+
 } // namespace norix::assistant::trace
 
 #endif
