@@ -4,7 +4,7 @@
 #include "assistant/actions/Declarations.h"
 #include "assistant/cli/Listener.h"
 #include "assistant/cli/declared.h"
-#include "assistant/cli/registered.h"
+#include "assistant/launch/registered.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -104,7 +104,7 @@ Candidates actionsOf(const std::string &appId) {
        declarationsOf(appId).value_or(actions::Declarations()).actions) {
     found.push_back({action.id, action.title});
   }
-  for (const std::string &id : registeredActions(appId).value_or(std::set<std::string>())) {
+  for (const std::string &id : launch::registeredActions(appId).value_or(std::set<std::string>())) {
     if (!hasText(found, id)) {
       found.push_back({id, "registered"});
     }

@@ -5,8 +5,8 @@
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
 #include "assistant/cli/exchangeOptions.h"
-#include "assistant/cli/registered.h"
 #include "assistant/launch/Target.h"
+#include "assistant/launch/registered.h"
 #include "assistant/trace/checks.h"
 #include "assistant/trace/visible.h"
 
@@ -106,11 +106,11 @@ private:
 
   // Against what the application has registered, if it runs and was launched with the probe.
   void checkDrift(const actions::Declarations &declarations) {
-    const auto registered = registeredActions(_ending.subject.app);
+    const auto registered = launch::registeredActions(_ending.subject.app);
     if (!registered) {
       return;
     }
-    const Drift drift = compare(declarations, *registered);
+    const launch::Drift drift = launch::compare(declarations, *registered);
     for (const std::string &id : drift.notRegistered) {
       addWarning("action-not-registered", "the action '" + id
                                               + "' is declared and not registered; register it, or "

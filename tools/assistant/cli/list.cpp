@@ -4,7 +4,7 @@
 #include "assistant/cli/Program.h"
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
-#include "assistant/cli/registered.h"
+#include "assistant/launch/registered.h"
 
 #include <array>
 #include <ctime>
@@ -55,7 +55,7 @@ void addDeclared(const actions::Declarations &declared, Entry &entry) {
   }
 }
 
-void addDrift(const Drift &drift, Entry &entry) {
+void addDrift(const launch::Drift &drift, Entry &entry) {
   entry.json["notRegistered"] = drift.notRegistered;
   entry.json["notDeclared"] = drift.notDeclared;
   for (const std::string &id : drift.notRegistered) {
@@ -77,11 +77,12 @@ void addActions(const std::string &appId, Entry &entry) {
     entry.text += reading ? "\n    its declarations have errors: norix-assistant doctor " + appId
                           : std::string("\n    declares nothing: no shared/res/norix-actions.json");
   }
-  const auto registered = registeredActions(appId);
+  const auto registered = launch::registeredActions(appId);
   entry.json["registered"] = registered ? Json(*registered) : Json();
   if (registered) {
-    addDrift(compare(isUsable ? reading->declarations : actions::Declarations(), *registered),
-             entry);
+    addDrift(
+        launch::compare(isUsable ? reading->declarations : actions::Declarations(), *registered),
+        entry);
   }
 }
 

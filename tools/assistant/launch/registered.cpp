@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/cli/registered.h"
+#include "assistant/launch/registered.h"
 
 #include "assistant/client/Request.h"
 #include "assistant/launch/Watchers.h"
@@ -9,14 +9,14 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-namespace norix::assistant::cli {
+namespace norix::assistant::launch {
 namespace {
 
 // The launcher greets at once, unless it is stopped.
 constexpr int kMilliseconds = 500;
 
 // The first line on a connection.
-std::optional<trace::Event> readGreeting(const launch::Descriptor &connection) {
+std::optional<trace::Event> readGreeting(const Descriptor &connection) {
   trace::LineBuffer lines;
   pollfd watched{connection.get(), POLLIN, 0};
   while (poll(&watched, 1, kMilliseconds) > 0) {
@@ -36,7 +36,7 @@ std::optional<trace::Event> readGreeting(const launch::Descriptor &connection) {
 } // namespace
 
 std::optional<std::set<std::string>> registeredActions(const std::string &appId) {
-  const launch::Descriptor connection = launch::connectTo(launch::watchPath(appId));
+  const Descriptor connection = connectTo(watchPath(appId));
   const auto greeting = connection ? readGreeting(connection) : std::nullopt;
   if (!greeting || !greeting->has("registered") || !greeting->members["registered"].is_array()) {
     return std::nullopt;
@@ -65,4 +65,4 @@ Drift compare(const actions::Declarations &declared, const std::set<std::string>
   return drift;
 }
 
-} // namespace norix::assistant::cli
+} // namespace norix::assistant::launch

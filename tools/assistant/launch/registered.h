@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef NORIX_ASSISTANT_CLI_REGISTERED_H
-#define NORIX_ASSISTANT_CLI_REGISTERED_H
+#ifndef NORIX_ASSISTANT_LAUNCH_REGISTERED_H
+#define NORIX_ASSISTANT_LAUNCH_REGISTERED_H
 
 #include "assistant/actions/Declarations.h"
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace norix::assistant::cli {
+namespace norix::assistant::launch {
 
 /// The ids of the actions that an application has registered, as its probe has seen it. Nothing for
 /// an application that was not started by launch.
@@ -23,6 +23,6 @@ struct Drift {
 
 Drift compare(const actions::Declarations &declared, const std::set<std::string> &registered);
 
-} // namespace norix::assistant::cli
+} // namespace norix::assistant::launch
 
 #endif
