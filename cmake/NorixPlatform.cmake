@@ -1,13 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# Provides the platform's interfaces as Platform::<pkg-config module>, whoever they come from:
+# Provides the platform's interfaces as Platform::<pkg-config module>, wherever they come from:
 #
 #   NORIX_PLATFORM=device   the platform's own packages, found with pkg-config
 #   NORIX_PLATFORM=desktop  the folder platform/ of this project
 #   NORIX_PLATFORM=auto     device when its packages are there, desktop otherwise; packages of the
 #                           desktop platform itself, installed, do not count
 #
-# Including this file sets norix_platform; norix_provide_platform() makes the targets.
+# and Norix::platform, all of them in one. Including this file sets norix_platform;
+# norix_provide_platform() makes the targets.
 
 find_package(PkgConfig REQUIRED)
 
@@ -64,4 +65,12 @@ function(norix_provide_platform)
   else()
     add_subdirectory(${PROJECT_SOURCE_DIR}/platform ${PROJECT_BINARY_DIR}/platform)
   endif()
+
+  # What an application uses of it, in one. It needs the libraries that it calls, and not both main
+  # functions.
+  add_library(norix_platform INTERFACE)
+  add_library(Norix::platform ALIAS norix_platform)
+  list(TRANSFORM norix_platform_modules PREPEND Platform:: OUTPUT_VARIABLE targets)
+  target_link_libraries(norix_platform INTERFACE ${targets})
+  target_link_options(norix_platform INTERFACE LINKER:--as-needed)
 endfunction()
