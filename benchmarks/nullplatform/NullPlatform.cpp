@@ -22,10 +22,11 @@ constexpr const char *kSender = "com.valtren.tizen.norix";
 constexpr const char *kInstance = "1234-1-0123456789abcdef";
 constexpr const char *kAppId = "org.example.null";
 constexpr const char *kParams = R"({"volume":40,"title":"Rain on Tin"})";
-// The keys of a request, as its sender writes them.
-constexpr const char *kActionId = "actionId";
+// The keys of a request, as its sender writes them. Aligned, those that are compared: near the end
+// of a page a comparison takes more instructions, and where they lie changes with every build.
+alignas(32) constexpr char kActionId[] = "actionId";
 constexpr const char *kActionType = "actionType";
-constexpr const char *kActionParams = "actionParams";
+alignas(32) constexpr char kActionParams[] = "actionParams";
 constexpr const char *kRequestId = "requestId";
 // The message ids of the interface "message".
 constexpr int kSetCb = 2;

@@ -168,8 +168,7 @@ private:
       return;
     }
 #ifdef __cpp_exceptions
-    const Error thrown = std::move(*error);
-    throw thrown;
+    throw *std::move(error);
 #else
     dlog_print(DLOG_ERROR, detail::kLogTag, "%s", error->what());
     if (!_failure.has_value()) {

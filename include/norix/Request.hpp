@@ -43,16 +43,14 @@ class NORIX_USED_ONCE Request {
 public:
   /** @brief Takes the request over; the other one can no longer be answered. */
   Request(Request &&other) noexcept
-      : _id(std::exchange(other._id, 0)), _isEarly(other._isEarly),
-        _actionId(std::move(other._actionId)), _params(std::move(other._params)),
-        _forgottenAnswer(std::move(other._forgottenAnswer)) {}
+      : _id(std::exchange(other._id, 0)), _actionId(std::move(other._actionId)),
+        _params(std::move(other._params)), _forgottenAnswer(std::move(other._forgottenAnswer)) {}
 
   /** @brief The request that this object held is destroyed. */
   Request &operator=(Request &&other) noexcept {
     if (this != &other) {
       forget();
       _id = other._id;
-      _isEarly = other._isEarly;
       _actionId = std::move(other._actionId);
       _params = std::move(other._params);
       _forgottenAnswer = std::move(other._forgottenAnswer);
@@ -65,7 +63,10 @@ public:
   Request(const Request &) = delete;
   Request &operator=(const Request &) = delete;
 
-  ~Request() { forget(); }
+  ~Request() {
+    forget();
+    detail::Exchange::instance().recycle(_params);
+  }
 
   /**
    * @brief Answers the request. Afterwards this object is spent.
@@ -76,7 +77,8 @@ public:
    * @return What became of it; everything but Outcome::Sent and Outcome::OnItsWay is in the log
    */
   template <class Text>
-  NORIX_USES Outcome answer(const Text &text) {
+  // Inlined, so that GCC sees a request that is spent.
+  __attribute__((always_inline)) NORIX_USES Outcome answer(const Text &text) {
     detail::refuseSpent(_id == 0);
     auto &&answered = detail::TextOf<detail::Bare<std::decay_t<const Text &>>>::of(text);
     const Outcome outcome = give(detail::cText(answered));
@@ -90,16 +92,14 @@ public:
    * thread is told what the main loop knew last: there, a time-out is not seen.
    * An assistant that has disconnected is not noticed; answer() returns Outcome::Failed then.
    */
-  bool isCurrent() const noexcept {
-    return !_isEarly && detail::Exchange::instance().isCurrent(_id, _actionId);
-  }
+  bool isCurrent() const noexcept { return detail::Exchange::instance().isCurrent(_id, _actionId); }
 
   /**
-   * @brief False for a request that arrived before its action was registered.
+   * @brief False for a request that arrived before its action was registered, and for a spent one.
    * @details The library can have such a request executed, but not answered: the assistant is told
    * after 30 seconds that it timed out. Register actions right after the Assistant is made.
    */
-  bool canBeAnswered() const noexcept { return !_isEarly; }
+  bool canBeAnswered() const noexcept { return _id != 0 && !detail::isEarly(_id); }
 
   /** @brief The id of the action, "getAppContext" for the state; empty in a moved-from request. */
   const std::string &actionId() const noexcept {
@@ -127,29 +127,15 @@ private:
     return *text;
   }
 
-  Request(detail::RequestId id, bool isEarly, const detail::SharedId &actionId, const char *params)
-      : _id(id), _isEarly(isEarly), _actionId(actionId), _params(params) {}
+  Request(detail::RequestId id, const detail::SharedId &actionId, const char *params)
+      : _id(id), _actionId(actionId), _params(detail::Exchange::instance().copied(params)) {}
 
   Outcome give(const char *text) noexcept {
-    if (_id == 0) {
-      dlog_print(DLOG_ERROR, detail::kLogTag,
-                 "'%s': the answer was refused: this request was answered before, or moved from",
-                 actionId().c_str());
-      return Outcome::Spent;
-    }
-    if (_isEarly) {
-      dlog_print(DLOG_ERROR, detail::kLogTag,
-                 "'%s': the answer was dropped: the request arrived before the action was "
-                 "registered, and cannot be answered. Register actions right after the Assistant "
-                 "is made",
-                 actionId().c_str());
-      return Outcome::CannotBeAnswered;
-    }
     return detail::Exchange::instance().answer(_id, _actionId, text);
   }
 
   void forget() noexcept {
-    if (_id != 0 && !_isEarly) {
+    if (canBeAnswered()) {
       detail::Exchange::instance().forgotten(
           _id, _actionId,
           _forgottenAnswer != nullptr ? std::move(*_forgottenAnswer) : std::string());
@@ -157,7 +143,6 @@ private:
   }
 
   detail::RequestId _id;
-  bool _isEarly;
   detail::SharedId _actionId;
   std::string _params;
   // Most requests have none, and pay for a pointer.

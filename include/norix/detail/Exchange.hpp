@@ -10,6 +10,7 @@
 #include <Ecore.h>
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
@@ -32,6 +33,14 @@ using SharedId = std::shared_ptr<const std::string>;
 // Names a request for as long as the process runs: ids are never used again, so that a request of
 // an Assistant that is gone is nobody's, whoever came after it. 0 is the one of a spent request.
 using RequestId = std::uint64_t;
+
+// The lowest bit of an id marks a request that arrived before its action was registered: the
+// library has no way to answer it, so nobody waits for it.
+constexpr RequestId kEarlyMark = 1;
+
+constexpr bool isEarly(RequestId id) noexcept {
+  return (id & kEarlyMark) != 0;
+}
 
 // Instead of a request that waits. Not 0: nobody waits for a spent request either.
 constexpr RequestId kNobody = ~RequestId{0};
@@ -68,20 +77,24 @@ public:
     }
     sendPosted();
     _current.store(kNobody);
+    std::string().swap(_spare);
   }
 
   bool isMainThread() const noexcept {
     return _mainThread.load(std::memory_order_relaxed) == std::this_thread::get_id();
   }
 
-  // A request has arrived; whatever waited before waits no longer. An early one is not waited for:
-  // the library has no way to answer it.
-  RequestId begin(Kind kind, void *handle, bool isEarly) noexcept {
-    const RequestId id = ++_lastId;
-    _current.store(isEarly ? kNobody : id);
+  // A request has arrived; whatever waited before waits no longer.
+  RequestId begin(Kind kind, void *handle) noexcept {
+    const RequestId id = nextId();
+    _current.store(id);
     _kind = kind;
     _handle = handle;
     return id;
+  }
+  RequestId beginEarly() noexcept {
+    _current.store(kNobody);
+    return nextId() | kEarlyMark;
   }
 
   // The callback of this request begins. The result is for leave(): callbacks nest where main loops
@@ -107,8 +120,25 @@ public:
     return isWaiting(id) && (!isMainThread() || isKnownToLibrary(*actionId));
   }
 
-  Outcome answer(RequestId id, const SharedId &actionId, const char *text) noexcept {
-    return isMainThread() ? send(id, *actionId, text) : post(id, actionId, text);
+  // The road of every answer: inlined as a whole, with what is rare on it kept out of line.
+  __attribute__((always_inline)) inline Outcome answer(RequestId id, const SharedId &actionId,
+                                                       const char *text) noexcept {
+    return isMainThread() ? send(id, actionId, text) : post(id, actionId, text);
+  }
+
+  // The copy of the parameters that a request owns. It is made in the memory of an earlier one:
+  // nearly every request ends before the next one comes.
+  std::string copied(const char *params) {
+    std::string copy = std::move(_spare);
+    copy.append(params);
+    return copy;
+  }
+  void recycle(std::string &params) noexcept {
+    const std::size_t capacity = params.capacity();
+    if (isMainThread() && _isOpen && capacity > _spare.capacity() && capacity <= kMostSpare) {
+      _spare = std::move(params);
+      _spare.clear();
+    }
   }
 
   // What a request that was destroyed without an answer is answered with; empty: it is not.
@@ -141,6 +171,9 @@ public:
   }
 
 private:
+  // Parameters that are longer are rare, and not worth their memory.
+  static constexpr std::size_t kMostSpare = 4096;
+
   std::string forgottenAnswer() {
     const std::lock_guard<std::mutex> lock(_mutex);
     return _forgottenAnswer;
@@ -156,10 +189,12 @@ private:
 
   Exchange() = default;
 
+  RequestId nextId() noexcept { return _lastId += 2 * kEarlyMark; }
+
   // The handle names a request of the library's; which one, the library knows by the action's id.
   // A later request that this interface was not told of (of an action that nobody registered, or
   // registered in C) and a time-out have made it forget the handle.
-  bool isKnownToLibrary(const std::string &actionId) const noexcept {
+  __attribute__((noinline)) bool isKnownToLibrary(const std::string &actionId) const noexcept {
     char *name = nullptr;
     const int result = norix_get_action_name(_handle, &name);
     const bool isKnown = result == NORIX_ERROR_NONE && (name == nullptr || actionId == name);
@@ -167,16 +202,17 @@ private:
     return isKnown;
   }
 
-  Outcome send(RequestId id, const std::string &actionId, const char *text) noexcept {
+  __attribute__((always_inline)) inline Outcome send(RequestId id, const SharedId &actionId,
+                                                     const char *text) noexcept {
     // Inside its own callback a request is known: the question can be saved.
-    if (!isWaiting(id) || (id != _running && !isKnownToLibrary(actionId))) {
-      return nobodyWaits(actionId.c_str());
+    if (!isWaiting(id) || (id != _running && !isKnownToLibrary(*actionId))) {
+      return refused(id, actionId);
     }
     _current.store(kNobody);
     const int result =
         guarded([this, text] { return complete(text); },
                 [](const char * /*what*/) -> int { return NORIX_ERROR_OUT_OF_MEMORY; });
-    return result == NORIX_ERROR_NONE ? Outcome::Sent : failed(actionId.c_str(), result);
+    return result == NORIX_ERROR_NONE ? Outcome::Sent : failed(actionId->c_str(), result);
   }
 
   int complete(const char *text) const {
@@ -184,14 +220,15 @@ private:
                                 : norix_complete_action_execution(_handle, text);
   }
 
-  Outcome post(RequestId id, const SharedId &actionId, const char *text) noexcept {
+  __attribute__((noinline)) Outcome post(RequestId id, const SharedId &actionId,
+                                         const char *text) noexcept {
     return guarded(
         [&] {
           Posted posted{id, actionId, text != nullptr ? text : "null"};
           const std::lock_guard<std::mutex> lock(_mutex);
           // Ecore is there as long as the Assistant is, and that cannot go while this lock is held.
           if (!_isOpen || !isWaiting(id)) {
-            return nobodyWaits(actionId->c_str());
+            return refused(id, actionId);
           }
           _posted.push_back(std::move(posted));
           if (_posted.size() == 1) {
@@ -212,19 +249,29 @@ private:
       posted.swap(_posted);
     }
     for (const Posted &answer : posted) {
-      send(answer.id, *answer.actionId, answer.text.c_str());
+      send(answer.id, answer.actionId, answer.text.c_str());
     }
   }
 
-  static Outcome nobodyWaits(const char *actionId) noexcept {
-    dlog_print(DLOG_ERROR, kLogTag,
-               "'%s': the answer was dropped, nobody waits for it any more: the request was "
-               "replaced or answered, or it timed out",
-               actionId);
-    return Outcome::NobodyWaits;
+  // Why an answer goes nowhere. A request that was moved from has no action any more.
+  __attribute__((noinline)) static Outcome refused(RequestId id,
+                                                   const SharedId &actionId) noexcept {
+    const char *why = "the answer was dropped, nobody waits for it any more: the request was "
+                      "replaced or answered, or it timed out";
+    Outcome outcome = Outcome::NobodyWaits;
+    if (id == 0) {
+      why = "the answer was refused: this request was answered before, or moved from";
+      outcome = Outcome::Spent;
+    } else if (isEarly(id)) {
+      why = "the answer was dropped: the request arrived before the action was registered, and "
+            "cannot be answered. Register actions right after the Assistant is made";
+      outcome = Outcome::CannotBeAnswered;
+    }
+    dlog_print(DLOG_ERROR, kLogTag, "'%s': %s", actionId != nullptr ? actionId->c_str() : "", why);
+    return outcome;
   }
 
-  static Outcome failed(const char *actionId, int result) noexcept {
+  __attribute__((noinline)) static Outcome failed(const char *actionId, int result) noexcept {
     dlog_print(DLOG_ERROR, kLogTag,
                "'%s': the answer could not be sent (%d): the assistant is gone, or the library was "
                "deinitialised",
@@ -241,9 +288,11 @@ private:
   Kind _kind = Kind::State;
   void *_handle = nullptr;
   std::optional<std::string> _unwound{};
+  std::string _spare{};
+  // Written under the mutex.
+  std::atomic<bool> _isOpen{false};
   // Guarded by the mutex.
   std::mutex _mutex{};
-  bool _isOpen = false;
   std::vector<Posted> _posted{};
   std::string _forgottenAnswer{};
 };

@@ -20,8 +20,8 @@ namespace detail {
 // A request on its way into a callable. It lives as long as the callback.
 class Incoming {
 public:
-  Incoming(RequestId id, bool isEarly, const SharedId &actionId, const char *params) noexcept
-      : _id(id), _isEarly(isEarly), _actionId(actionId), _params(params) {}
+  Incoming(RequestId id, const SharedId &actionId, const char *params) noexcept
+      : _id(id), _actionId(actionId), _params(params) {}
 
   RequestId id() const noexcept { return _id; }
   // Lent by the library, until the callback returns.
@@ -29,16 +29,9 @@ public:
   const std::string &actionId() const noexcept { return *_actionId; }
 
   // The callable takes over.
-  Request request() const { return Request(_id, _isEarly, _actionId, _params); }
+  Request request() const { return Request(_id, _actionId, _params); }
 
   void answer(const char *text) const noexcept {
-    if (_isEarly) {
-      dlog_print(DLOG_ERROR, kLogTag,
-                 "'%s': the request was executed, but arrived before the action was registered and "
-                 "cannot be answered. Register actions right after the Assistant is made",
-                 _actionId->c_str());
-      return;
-    }
     static_cast<void>(Exchange::instance().answer(_id, _actionId, text));
   }
 
@@ -52,7 +45,6 @@ public:
 
 private:
   RequestId _id;
-  bool _isEarly;
   const SharedId &_actionId;
   const char *_params;
 };
@@ -204,11 +196,9 @@ public:
   const std::string &actionId() const noexcept { return *_actionId; }
 
   // Inlined into the library's two callbacks: every request passes here.
-  __attribute__((always_inline)) void received(Kind kind, void *handle, const char *params,
-                                               bool isEarly) noexcept {
+  __attribute__((always_inline)) void received(RequestId id, const char *params) noexcept {
     Exchange &exchange = Exchange::instance();
-    const Incoming incoming(exchange.begin(kind, handle, isEarly), isEarly, _actionId,
-                            params != nullptr ? params : "");
+    const Incoming incoming(id, _actionId, params != nullptr ? params : "");
     const RequestId before = exchange.enter(incoming.id());
     ++_calls;
     guarded([&] { _handler->call(*_handler, incoming); },

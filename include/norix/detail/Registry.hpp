@@ -115,15 +115,19 @@ public:
 
 private:
   static void onState(void *handle, void *registration) noexcept {
-    static_cast<Registration *>(registration)->received(Kind::State, handle, nullptr, false);
+    static_cast<Registration *>(registration)
+        ->received(Exchange::instance().begin(Kind::State, handle), nullptr);
   }
 
   static void onAction(void *handle, bundle *request, void *registration) noexcept {
     auto *const registered = static_cast<Registration *>(registration);
     char *params = nullptr;
     static_cast<void>(bundle_get_str(request, ACTION_PARAMS, &params));
-    registered->received(Kind::Action, handle, params,
-                         isEarly(handle, request, registered->actionId()));
+    Exchange &exchange = Exchange::instance();
+    registered->received(isEarly(handle, request, registered->actionId())
+                             ? exchange.beginEarly()
+                             : exchange.begin(Kind::Action, handle),
+                         params);
   }
 
   // A request that waited for its registration has the text of its own id as its handle; all others

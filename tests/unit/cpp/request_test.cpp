@@ -62,6 +62,23 @@ TEST_F(ARequest, KeepsItsParametersWhenTheBundleIsGone) {
   EXPECT_EQ(kept.at(0).actionId(), "play");
 }
 
+TEST_F(ARequest, HasParametersOfItsOwnWhateverCameBefore) {
+  const std::string longer(100, 'x');
+  const std::string shorter(50, 'y');
+  fake::Contents request = fake::actionRequest("play", 1);
+  for (const std::string &params : {longer, shorter, std::string("{}"), shorter}) {
+    request.at(2) = fake::text("actionParams", params);
+    assistant.sends(request);
+    if (params == longer) {
+      kept.clear();
+    }
+  }
+
+  EXPECT_EQ(kept.at(0).params(), shorter);
+  EXPECT_EQ(kept.at(1).params(), "{}");
+  EXPECT_EQ(kept.at(2).params(), shorter);
+}
+
 TEST_F(ARequest, WithoutParametersHasEmptyOnes) {
   assistant.sends({fake::text("actionId", "play"), fake::id("requestId", 1)});
 
@@ -210,6 +227,7 @@ TEST_F(AnEarlyRequest, SaysThatItCannotBeAnswered) {
   EXPECT_FALSE(kept.at(0).canBeAnswered());
   EXPECT_FALSE(kept.at(0).isCurrent());
   EXPECT_EQ(kept.at(0).answer("Playing"), Outcome::CannotBeAnswered);
+  EXPECT_FALSE(kept.at(0).canBeAnswered());
   EXPECT_THAT(complaints(),
               testing::ElementsAre(testing::HasSubstr("arrived before the action was registered")));
 }
@@ -225,7 +243,7 @@ TEST_F(AnEarlyRequest, IsExecuted) {
 
   EXPECT_EQ(executed, 1);
   EXPECT_THAT(assistant.responses(), testing::IsEmpty());
-  EXPECT_THAT(complaints(), testing::ElementsAre(testing::HasSubstr("was executed, but")));
+  EXPECT_THAT(complaints(), testing::ElementsAre(testing::HasSubstr("cannot be answered")));
 }
 
 TEST_F(AnEarlyRequest, FollowedByOthersIsNotTakenForThem) {
