@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# follow.sh CMAKE BUILD PAGE
+# follow.sh INSTALLATION PAGE
 #
-# Does what a page says, in an empty folder, with what BUILD installs: a block of code after "as `name`"
+# Does what a page says, in an empty folder, with what is installed: a block of code after "as `name`"
 # is saved as that file, the lines "$ command" of a console block are run, and what they print is
 # compared with the lines below them, where … stands for anything.
 set -uo pipefail
 
-cmake=$1 build=$2 page=$3
+installation=$1 page=$2
 work=$(mktemp -d)
 app_pids=$work/run/app-running
 trap 'stop_all; rm -rf "$work"' EXIT
@@ -21,13 +21,9 @@ stop_all() {
 }
 
 mkdir "$work/run" "$work/blocks" "$work/empty"
-"$cmake" --install "$build" --prefix "$work/norix" >"$work/install.log" || {
-  cat "$work/install.log"
-  exit 1
-}
-export PATH=$work/norix/bin:$PATH XDG_RUNTIME_DIR=$work/run HOME=$work
-PKG_CONFIG_PATH=$(dirname "$(find "$work/norix" -name norix.pc)")
-LD_LIBRARY_PATH=$(dirname "$(find "$work/norix" -name libnorix.so)")
+export PATH=$installation/bin:$PATH XDG_RUNTIME_DIR=$work/run HOME=$work
+PKG_CONFIG_PATH=$(dirname "$(find "$installation" -name norix.pc)")
+LD_LIBRARY_PATH=$(dirname "$(find "$installation" -name libnorix.so)")
 export PKG_CONFIG_PATH LD_LIBRARY_PATH
 
 # One file per block, numbered; its first line is the file's name, or "console".

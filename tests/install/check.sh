@@ -86,6 +86,20 @@ pkg_config() { # INSTALLATION CC CXX [compiler option …]
   answers "lit, in C++" "$work/lamp" "$installation"
 }
 
+# Each example where it was copied to; one of them is built and asked.
+examples() { # CMAKE INSTALLATION SOURCE [cmake option …]
+  local cmake=$1 installation=$2 source=$3 example
+  shift 3
+  for example in "$source"/examples/*/; do
+    example=$(basename "$example")
+    cp -r "$source/examples/$example" "$work"
+    "$cmake" -S "$work/$example" -B "$work/$example/build" -DCMAKE_PREFIX_PATH="$installation" "$@" \
+      || fail "examples/$example does not configure where it was copied to"
+  done
+  "$cmake" --build "$work/light/build"
+  "$installation/bin/norix-assistant" doctor "$work/light/build"
+}
+
 # Part of another project's build, which installs none of it.
 subproject() { # CMAKE BUILD SOURCE [cmake option …]
   local cmake=$1 build=$2 source=$3
