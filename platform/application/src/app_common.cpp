@@ -51,7 +51,7 @@ std::string declaredId() {
   return runningApplication(own->manifest).id;
 }
 
-std::string ownId() {
+const char *ownId() {
   const char *launched = std::getenv("AUL_APPID");
   if (launched != nullptr && *launched != '\0') {
     return launched;
@@ -60,7 +60,7 @@ std::string ownId() {
   // A process stays the application it is, and the id is asked for with every answer that the
   // application gives: the manifest is read once.
   static const std::string declared = declaredId();
-  return declared;
+  return declared.c_str();
 }
 
 FoundManifest ownManifest(const std::string &id) {

@@ -9,12 +9,16 @@
 namespace platform::application {
 
 /** @brief A copy that C code releases with free(). Throws std::bad_alloc. */
-inline char *copyText(const std::string &text) {
-  char *copy = strdup(text.c_str());
+inline char *copyText(const char *text) {
+  char *copy = strdup(text);
   if (copy == nullptr) {
     throw std::bad_alloc();
   }
   return copy;
+}
+
+inline char *copyText(const std::string &text) {
+  return copyText(text.c_str());
 }
 
 } // namespace platform::application

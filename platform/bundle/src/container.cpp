@@ -15,6 +15,13 @@ using bundles::EntryPtr;
 using bundles::kRoom;
 
 bundle_s::~bundle_s() {
+  // In most bundles every entry is in the room, and needs nothing.
+  if (_ownBlocks > 0) {
+    freeOwnBlocks();
+  }
+}
+
+void bundle_s::freeOwnBlocks() {
   std::size_t freed = 0;
   for (Entry *next = nullptr; _first != nullptr; _first = next) {
     next = _first->next;
@@ -59,6 +66,7 @@ void bundle_s::add(EntryPtr array) {
   if (array == nullptr) {
     throw std::bad_alloc();
   }
+  ++_ownBlocks;
   append(array.release());
 }
 
@@ -96,6 +104,7 @@ void *bundle_s::allocate(std::size_t size) {
   if (block == nullptr) {
     throw std::bad_alloc();
   }
+  ++_ownBlocks;
   return block;
 }
 
@@ -138,6 +147,7 @@ void bundle_s::index(Entry *entry) {
 void bundle_s::release(Entry *entry) {
   if (!isInRoom(entry)) {
     EntryDeleter()(entry);
+    --_ownBlocks;
     return;
   }
 

@@ -48,12 +48,14 @@ private:
   void append(Entry *entry);
   void index(Entry *entry);
   void release(Entry *entry);
+  void freeOwnBlocks();
 
   Entry *_first = nullptr;
   Entry *_last = nullptr;
   std::size_t _count = 0;
   std::size_t _keyBytes = 0;
   std::size_t _slots = 0;
+  std::size_t _ownBlocks = 0; // Entries that are not in the room.
   std::unique_ptr<Index> _index;
   std::size_t _roomUsed = 0;
   alignas(8) unsigned char _room[platform::bundles::kRoom];

@@ -19,7 +19,7 @@ struct alignas(std::max_align_t) Head {
 };
 
 /// Initial capacity: enough for a usual message, so that writing its fields allocates once.
-constexpr std::size_t kSmallest = 240;
+constexpr std::size_t kSmallest = 496;
 
 Head *headOf(unsigned char *bytes) {
   return reinterpret_cast<Head *>(bytes) - 1;
@@ -82,13 +82,13 @@ void Buffer::moveTo(void *memory) {
   unsigned char *const bytes = bytesOf(new (memory) Head{{1}});
   if (_bytes != nullptr) {
     std::memcpy(bytes, _bytes, _size);
-    release();
+    releaseBytes();
   }
   _bytes = bytes;
 }
 
-void Buffer::release() {
-  if (_bytes != nullptr && headOf(_bytes)->holders.fetch_sub(1) == 1) {
+void Buffer::releaseBytes() {
+  if (headOf(_bytes)->holders.fetch_sub(1) == 1) {
     spare.release(headOf(_bytes), sizeof(Head) + _capacity);
   }
   _bytes = nullptr;

@@ -14,7 +14,11 @@ public:
   Buffer() = default;
   Buffer(Buffer &&other) noexcept;
   Buffer &operator=(Buffer &&other) noexcept;
-  ~Buffer() { release(); }
+  ~Buffer() {
+    if (_bytes != nullptr) {
+      releaseBytes();
+    }
+  }
 
   const unsigned char *data() const { return _bytes; }
   std::size_t size() const { return _size; }
@@ -58,7 +62,7 @@ private:
   unsigned char *extendByGrowing(std::size_t size);
   void grow(std::size_t capacity);
   void moveTo(void *memory);
-  void release();
+  void releaseBytes();
 
   unsigned char *_bytes = nullptr; // Behind the count of its holders.
   std::size_t _size = 0;

@@ -42,7 +42,9 @@ bool Parcel::decodeHeader(const Buffer &payload) {
   if (std::memchr(tag, '\0', wire.tagSize) != nullptr) {
     return false;
   }
-  _header.tag.assign(tag, wire.tagSize);
+  if (wire.tagSize > 0) {
+    _header.tag.assign(tag, wire.tagSize);
+  }
   _header.sequenceNumber = wire.sequenceNumber;
   _header.timestamp.tv_sec = static_cast<time_t>(wire.seconds);
   _header.timestamp.tv_nsec = static_cast<long>(wire.nanoseconds);
