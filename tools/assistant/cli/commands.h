@@ -14,6 +14,7 @@ void addList(Program &program);
 void addLaunch(Program &program);
 void addMonitor(Program &program);
 void addDoctor(Program &program);
+void addCertify(Program &program);
 void addShell(Program &program);
 void addCompletion(Program &program);
 
@@ -26,6 +27,7 @@ inline void addCommands(Program &program) {
   addMcp(program);
   addMonitor(program);
   addDoctor(program);
+  addCertify(program);
   addShell(program);
   addCompletion(program);
 }

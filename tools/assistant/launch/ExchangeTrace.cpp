@@ -13,8 +13,7 @@ namespace {
 using trace::Event;
 using trace::LogKind;
 
-// The probe sends in pieces, some 20 ms apart.
-constexpr std::uint64_t kLongestDelay = 400000000;
+constexpr std::uint64_t kNanoseconds = 1000000;
 constexpr int kPause = 50;
 
 /// Finds out when the application and the library have done with a request.
@@ -56,18 +55,19 @@ void ExchangeTrace::note(const std::string &says) {
   _events.push_back(trace::makeEvent("assistant", {{"says", says}}));
 }
 
-std::vector<Event> ExchangeTrace::finish(std::uint64_t requestId) {
+std::vector<Event> ExchangeTrace::finish(std::uint64_t requestId, int milliseconds) {
   if (_watch) {
-    readUntilAnswered(std::to_string(requestId));
+    readUntilAnswered(std::to_string(requestId), milliseconds);
   }
   std::stable_sort(_events.begin(), _events.end(),
                    [](const Event &a, const Event &b) { return a.time < b.time; });
   return std::move(_events);
 }
 
-void ExchangeTrace::readUntilAnswered(const std::string &requestId) {
+void ExchangeTrace::readUntilAnswered(const std::string &requestId, int milliseconds) {
   const std::uint64_t begin = _events.empty() ? 0 : _events.front().time;
-  const std::uint64_t end = trace::monotonicNow() + kLongestDelay;
+  const std::uint64_t end =
+      trace::monotonicNow() + static_cast<std::uint64_t>(milliseconds) * kNanoseconds;
   Progress progress(requestId);
   while (!progress.isDone() && !_watch->hasEnded() && trace::monotonicNow() < end) {
     for (Event &event : _watch->read(kPause)) {

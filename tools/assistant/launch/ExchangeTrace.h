@@ -15,6 +15,9 @@ namespace norix::assistant::launch {
 /// was launched, those of the application in between, by time.
 class ExchangeTrace {
 public:
+  /// The probe sends in pieces, some 20 ms apart.
+  static constexpr int kForAnswered = 400;
+
   /// Looks at the application from now on.
   explicit ExchangeTrace(const std::string &appId);
 
@@ -23,14 +26,16 @@ public:
 
   /// Everything, in order, once the application's side of the request has arrived.
   ///
-  /// @param requestId  the request
-  std::vector<trace::Event> finish(std::uint64_t requestId);
+  /// @param requestId     the request
+  /// @param milliseconds  how long to wait for it; long enough, by default, for one that was
+  /// answered
+  std::vector<trace::Event> finish(std::uint64_t requestId, int milliseconds = kForAnswered);
 
   /// Whether the application's side is missing.
   bool isOneSided() const { return !_watch.has_value(); }
 
 private:
-  void readUntilAnswered(const std::string &requestId);
+  void readUntilAnswered(const std::string &requestId, int milliseconds);
 
   std::optional<Watch> _watch;
   std::vector<trace::Event> _events;

@@ -7,16 +7,32 @@
 #include <cerrno>
 #include <poll.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace norix::assistant::launch {
+namespace {
 
+// The launcher greets at once, unless it is stopped.
+constexpr int kTimeToGreet = 500;
+
+} // namespace
+
+// A launcher passes on what happens after its greeting, and what happened before is lost.
 std::optional<Watch> Watch::open(const std::string &appId) {
   Descriptor connection = connectTo(watchPath(appId));
-  return connection ? std::optional<Watch>(Watch(std::move(connection))) : std::nullopt;
+  if (!connection) {
+    return std::nullopt;
+  }
+  Watch watch(std::move(connection));
+  watch._arrived = watch.read(kTimeToGreet);
+  return watch;
 }
 
 std::vector<trace::Event> Watch::read(int milliseconds) {
   constexpr std::size_t kChunk = 65536;
+  if (!_arrived.empty()) {
+    return std::exchange(_arrived, {});
+  }
   pollfd polled = {_connection.get(), POLLIN, 0};
   std::vector<trace::Event> events;
   if (poll(&polled, 1, milliseconds) <= 0) {

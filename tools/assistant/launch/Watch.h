@@ -11,7 +11,7 @@
 
 namespace norix::assistant::launch {
 
-/// A look at an application that `launch` started: its events from now on.
+/// A look at an application that `launch` started: a greeting, and its events from now on.
 class Watch {
 public:
   /// None when nobody launched the application.
@@ -27,6 +27,7 @@ private:
   explicit Watch(Descriptor connection) : _connection(std::move(connection)) {}
 
   Descriptor _connection;
+  std::vector<trace::Event> _arrived;
   trace::LineBuffer _lines;
   bool _hasEnded = false;
 };

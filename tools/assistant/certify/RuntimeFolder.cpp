@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/certify/RuntimeFolder.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+
+namespace norix::assistant::certify {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *kVariable = "XDG_RUNTIME_DIR";
+
+} // namespace
+
+// Short, because the path of a socket is.
+RuntimeFolder::RuntimeFolder() {
+  std::string name = fs::temp_directory_path() / "norix-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) {
+    throw std::runtime_error("cannot make a folder in '" + fs::temp_directory_path().string()
+                             + "': " + std::strerror(errno) + "; set TMPDIR to one of your own");
+  }
+  _path = name;
+  if (const char *const before = std::getenv(kVariable)) {
+    _before = before;
+  }
+  setenv(kVariable, _path.c_str(), 1);
+}
+
+RuntimeFolder::~RuntimeFolder() {
+  if (_before) {
+    setenv(kVariable, _before->c_str(), 1);
+  } else {
+    unsetenv(kVariable);
+  }
+  remove();
+}
+
+fs::path RuntimeFolder::write(const std::string &name, const std::string &content) const {
+  fs::path path = _path / name;
+  std::ofstream(path) << content;
+  return path;
+}
+
+void RuntimeFolder::remove() const {
+  std::error_code ignored;
+  fs::remove_all(_path, ignored);
+}
+
+} // namespace norix::assistant::certify
