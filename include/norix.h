@@ -44,9 +44,10 @@
  *   norix_complete_action_execution(request, "The lamp is off");
  * }
  *
- * if (norix_initialize() == NORIX_ERROR_NONE) {
- *   norix_set_app_state_request_cb(on_state, NULL);
- *   norix_set_action_execution_cb("lampOff", on_lamp_off, NULL);
+ * static int start_voice(void) {
+ *   return norix_initialize() == NORIX_ERROR_NONE
+ *          && norix_set_app_state_request_cb(on_state, NULL) == NORIX_ERROR_NONE
+ *          && norix_set_action_execution_cb("lampOff", on_lamp_off, NULL) == NORIX_ERROR_NONE;
  * }
  * @endcode
  */

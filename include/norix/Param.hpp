@@ -236,10 +236,11 @@ private:
 /**
  * @brief A parameter of this name; see Param.
  * @code
- * norix::param<std::optional<std::string>>("title").length(1, 80)
- * norix::param<Repeat>("mode").oneOf({{"off", Repeat::Off}, {"all",
- * Repeat::All}}).orElse(Repeat::Off) norix::param<std::vector<int>>("tracks").range(1,
- * 99).length(1, 10)
+ * auto title = norix::param<std::optional<std::string>>("title").length(1, 80);
+ * auto tracks = norix::param<std::vector<int>>("tracks").range(1, 99).length(1, 10);
+ * auto mode = norix::param<Repeat>("mode")
+ *                 .oneOf({{"off", Repeat::Off}, {"all", Repeat::All}})
+ *                 .orElse(Repeat::Off);
  * @endcode
  */
 template <class Value>

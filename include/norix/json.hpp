@@ -59,10 +59,11 @@ struct TextOf<
  * @code
  * int main(int argc, char **argv) {
  *   Music music;
- *   if (norix::printsDeclarations(argc, argv, [&music](auto &assistant) { music.drive(assistant);
- * })) { return 0;
+ *   const auto drive = [&music](norix::Assistant &assistant) { music.drive(assistant); };
+ *   if (norix::printsDeclarations(argc, argv, drive)) {
+ *     return 0;
  *   }
- *   …
+ *   return music.run();
  * }
  * @endcode
  */

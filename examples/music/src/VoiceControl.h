@@ -18,11 +18,15 @@ public:
   /** @brief Takes it away: from then on nothing calls this object any more. */
   void stop();
 
-  /** @brief What the assistant may ask for, and who answers. */
+  /** @brief What the assistant may ask for, who answers, and what is declared of it. */
   void registerAll(norix::Assistant &assistant);
 
 private:
   static Eina_Bool onTrackLoaded(void *self);
+
+  void registerState(norix::Assistant &assistant);
+  void registerPlaying(norix::Assistant &assistant);
+  void registerNext(norix::Assistant &assistant);
 
   Player &_player;
   std::optional<norix::Assistant> _assistant;

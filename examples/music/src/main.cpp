@@ -6,7 +6,7 @@
 #include "VoiceControl.h"
 
 #include <dlog.h>
-#include <norix.hpp>
+#include <norix/json.hpp>
 #include <service_app.h>
 #include <string_view>
 
@@ -48,8 +48,12 @@ void readArguments(int argc, char **argv) {
 } // namespace
 
 int main(int argc, char **argv) {
-  readArguments(argc, argv);
   Music music;
+  const auto drive = [&music](norix::Assistant &assistant) { music.voice.registerAll(assistant); };
+  if (norix::printsDeclarations(argc, argv, drive)) { // For the build.
+    return 0;
+  }
+  readArguments(argc, argv);
   service_app_lifecycle_callback_s callbacks = {};
   callbacks.create = create;
   callbacks.terminate = terminate;

@@ -6,6 +6,7 @@
 #include <norix/detail/Handler.hpp>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -128,6 +129,14 @@ struct TypedHandler final : Handler {
   Callable callable;
 };
 
+// A callable whose types are open: its parameters are auto, or it is overloaded. std::bind() is not
+// meant, which takes what it is given places for.
+template <class Callable, class = void>
+struct IsGeneric
+    : std::bool_constant<std::is_class_v<Callable> && !std::is_bind_expression_v<Callable>> {};
+template <class Callable>
+struct IsGeneric<Callable, std::void_t<decltype(&Callable::operator())>> : std::false_type {};
+
 template <class Tested>
 struct IsParam : std::false_type {};
 template <class Value>
@@ -167,12 +176,22 @@ private:
 
   template <class Callable, class... Values>
   static Handled handled(Form<Values...> form, Callable callable) {
-    Shape<Callable, Values...>::check();
-    std::string schema = form.schema();
-    std::string complaint = form.complaint();
-    return {
-        std::make_shared<TypedHandler<Callable, Values...>>(std::move(form), std::move(callable)),
-        std::move(schema), std::move(complaint)};
+    // Before anything asks what it can be called with: that would compile its body with a request.
+    static_assert(
+        !IsGeneric<Callable>::value,
+        "norix: this callable is generic (auto parameters or overloads), so whether its "
+        "first parameter is the norix::Request or a value cannot be told: write the types "
+        "of its parameters");
+    if constexpr (!IsGeneric<Callable>::value) {
+      Shape<Callable, Values...>::check();
+      std::string schema = form.schema();
+      std::string complaint = form.complaint();
+      return {
+          std::make_shared<TypedHandler<Callable, Values...>>(std::move(form), std::move(callable)),
+          std::move(schema), std::move(complaint)};
+    } else {
+      return {};
+    }
   }
 };
 

@@ -147,7 +147,7 @@ TEST_F(TheTool, ListsDeclaredActions) {
               HasSubstr("\n    musicVolume volume=integer    Set the volume\n"));
   const json listed = json::parse(runAssistant({"list", "--actions", "--json"}).out);
   EXPECT_EQ(listed["applications"][0]["pid"], music.pid());
-  EXPECT_EQ(listed["applications"][0]["declared"][0]["id"], "musicPlay");
+  EXPECT_EQ(listed["applications"][0]["declared"][0]["id"], "musicNext");
 }
 
 TEST_F(TheTool, ShowsWhereDeclarationsAndRegistrationsDiffer) {

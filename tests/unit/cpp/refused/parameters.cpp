@@ -21,6 +21,8 @@ void registers(norix::Assistant &assistant) {
   REFUSED(assistant.onAction("play", norix::param<int>("volume"), [](int) {});) // refused: neither returns an answer nor takes a norix::Request
   REFUSED(assistant.onAction("play", norix::param<int>("volume"), [](norix::Request &, int) {});) // refused: takes norix::Request by reference; take it by value
   REFUSED(assistant.onAction("play", norix::param<int>("volume"), [](norix::Request, int) { return "on"; });) // refused: takes a norix::Request and returns something as well
+  REFUSED(assistant.onAction("play", norix::param<int>("volume"), [](auto volume) { return std::to_string(volume); });) // refused: this callable is generic
+  REFUSED(assistant.onAction("play", norix::param<int>("volume"), [](auto... volume) { return std::to_string((volume + ...)); });) // refused: this callable is generic
   REFUSED(assistant.onAction("play", norix::param<int>("volume"));) // refused: and one callable last
   REFUSED(assistant.onAction("play", norix::param<double>("volume"), norix::param<int>("speed"));) // refused: and one callable last
   REFUSED(static_cast<void>(norix::param<std::string>("title").range("a", "b"));) // refused: range() is for numbers
