@@ -6,7 +6,7 @@
 #   library-dev   norix.h, norix.hpp, norix.pc, norix-cpp.pc and the CMake package
 #   desktop       the desktop platform's libraries
 #   desktop-dev   their headers and .pc files, and Norix::assistant-client
-#   assistant     norix-assistant, its probe, completions and manual pages
+#   assistant     norix-assistant, its probe, completions and manual pages; norix-demo
 #   doc           the pages
 
 # norix_install(<arguments of install()>): nothing when another project builds this one and does not
