@@ -82,10 +82,12 @@ protected:
     addProgram();
   }
   void installWithKey(const std::string &key) const {
+    writeManifest("<metadata key=\"" + key + "\" value=\"1.0-beta\"/>");
+  }
+  void writeManifest(const std::string &metadata) const {
     runtime.write(std::string("apps/") + kId + "/tizen-manifest.xml",
                   "<manifest package=\"p\"><service-application appid=\"" + std::string(kId)
-                      + "\" exec=\"app\"><metadata key=\"" + key
-                      + "\" value=\"1.0-beta\"/></service-application></manifest>");
+                      + "\" exec=\"app\">" + metadata + "</service-application></manifest>");
   }
   std::filesystem::path folder() const {
     return runtime.write(std::string("apps/") + kId + "/marker", "").parent_path();
@@ -168,6 +170,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"frees-the-bundle", {"act"}, "lent-bundle-freed", "bundle_free()"},
         Mistake{"reads-the-bundle-later", {"act"}, "lent-bundle-used-late", "bundle_get_str()"},
         Mistake{"holds-the-loop", {"act"}, "loop-held", "'act'"},
+        Mistake{"holds-the-loop-in-a-timer", {}, "loop-held", "outside the callbacks"},
         Mistake{"throws", {"act"}, "exception-from-callback", "std::out_of_range (no such song)"},
         Mistake{"throws-to-the-end",
                 {"act"},
@@ -215,6 +218,14 @@ TEST_F(FindingTest, AnEmptyVersionIsSaid) {
   Launched launched({});
 
   EXPECT_THAT(launched.awaitFinding("sdk-version-empty"), HasSubstr("without a value"));
+  EXPECT_EQ(launched.end(), kFindingsSeen);
+}
+
+TEST_F(FindingTest, AKeyWithoutAVersionIsSaid) {
+  writeManifest("<metadata key=\"" NORIX_SDK_VERSION_METADATA_KEY "\"/>");
+  Launched launched({});
+
+  EXPECT_THAT(launched.awaitFinding("sdk-version-missing"), HasSubstr("value=\"1.0-beta\""));
   EXPECT_EQ(launched.end(), kFindingsSeen);
 }
 

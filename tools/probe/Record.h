@@ -19,6 +19,7 @@ enum class EventKind : std::uint8_t {
   CallbackEntered,
   CallbackLeft,
   CallbackHeld,
+  LoopHeld,
   LentBundleFreed,
   LentBundleUsed,
   Log,

@@ -2,6 +2,7 @@
 #include "probe/Reporter.h"
 
 #include "probe/Connection.h"
+#include "probe/heartbeat.h"
 #include "probe/json.h"
 
 #include <array>
@@ -159,6 +160,7 @@ void *sendEvents(void * /*unused*/) {
   std::uint64_t lastBusy = now();
   while (true) {
     watchCallback();
+    watchLoop();
     if (!sending.test_and_set(std::memory_order_acquire)) {
       if (drain()) {
         lastBusy = now();

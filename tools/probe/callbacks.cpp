@@ -4,6 +4,7 @@
 #include "probe/Reporter.h"
 #include "probe/bundleCalls.h"
 #include "probe/exceptions.h"
+#include "probe/heartbeat.h"
 #include "probe/lentBundles.h"
 
 #include <atomic>
@@ -92,6 +93,7 @@ Call::~Call() {
     left.text(Field::Exception, lastException().type).text(Field::What, lastException().what);
   }
   report(left);
+  beat();
   setRunning(_outer);
 }
 

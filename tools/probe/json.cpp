@@ -15,12 +15,13 @@ namespace {
 using assistant::trace::characterLength;
 
 // In the order of EventKind.
-constexpr std::array<std::string_view, 12> kEventNames = {"hello",
+constexpr std::array<std::string_view, 13> kEventNames = {"hello",
                                                           "call",
                                                           "received",
                                                           "callback-entered",
                                                           "callback-left",
                                                           "callback-held",
+                                                          "loop-held",
                                                           "lent-bundle-freed",
                                                           "lent-bundle-used",
                                                           "log",

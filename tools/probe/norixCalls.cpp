@@ -5,6 +5,7 @@
 #include "probe/Reporter.h"
 #include "probe/callbacks.h"
 #include "probe/endings.h"
+#include "probe/heartbeat.h"
 #include "probe/real.h"
 
 #include <norix.h>
@@ -124,11 +125,15 @@ NORIX_PROBE_EXPORT int norix_initialize(void) {
   const int result = real::norix_initialize();
   guard.returned();
   norix::probe::reportInitialize(result);
+  if (result == NORIX_ERROR_NONE) {
+    norix::probe::startHeartbeat();
+  }
   return result;
 }
 
 NORIX_PROBE_EXPORT int norix_deinitialize(void) {
   const int result = real::norix_deinitialize();
+  norix::probe::stopHeartbeat();
   norix::probe::reportCall(__func__, result);
   return result;
 }

@@ -12,6 +12,8 @@ namespace platform::application {
 struct Metadata {
   std::string key;
   std::string value;
+  // False where the manifest gives none, which the platform reads as an empty one.
+  bool hasValue = true;
 };
 
 /** @brief One application of a package, as its manifest declares it. */

@@ -165,8 +165,8 @@ DeclaredApplication ManifestReader::readApplication(const pugi::xml_node &elemen
   application.type = element.attribute("type").as_string(kDefaultType);
   application.label = readLabel(element);
   for (const pugi::xml_node &metadata : element.children("metadata")) {
-    application.metadata.push_back(
-        {required(metadata, "key"), metadata.attribute("value").value()});
+    const pugi::xml_attribute value = metadata.attribute("value");
+    application.metadata.push_back({required(metadata, "key"), value.value(), !value.empty()});
   }
   return application;
 }

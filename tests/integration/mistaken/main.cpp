@@ -194,6 +194,12 @@ bool create(void * /*user_data*/) {
   if (mistake != "registers-late") {
     registerAction(nullptr);
   }
+  if (mistake == "holds-the-loop-in-a-timer") {
+    later(0.05, [](void *) -> Eina_Bool {
+      usleep(2 * kTooLong);
+      return ECORE_CALLBACK_CANCEL;
+    });
+  }
   if (mistake == "registers-twice") {
     registerAction(nullptr);
   }

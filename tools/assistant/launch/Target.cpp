@@ -91,7 +91,7 @@ Target findTarget(const std::string &name) {
   target.folder = path.parent_path();
   target.program = programOf(target.folder, application.exec);
   for (const auto &entry : application.metadata) {
-    target.metadata.push_back({entry.key, entry.value});
+    target.metadata.push_back({entry.key, entry.value, entry.hasValue});
   }
   return target;
 }

@@ -45,6 +45,7 @@ std::vector<Finding> Findings::see(const Event &event) {
                                                    {"callback-entered", &Findings::seeEntered},
                                                    {"callback-left", &Findings::seeLeft},
                                                    {"callback-held", &Findings::seeHeld},
+                                                   {"loop-held", &Findings::seeLoopHeld},
                                                    {"lent-bundle-freed", &Findings::seeLentBundle},
                                                    {"lent-bundle-used", &Findings::seeLentBundle},
                                                    {"signal", &Findings::seeSignal},
@@ -266,6 +267,15 @@ void Findings::seeHeld(const Event &event) {
                        + seconds(static_cast<std::uint64_t>(event.number("held")))
                        + ", during which the application does nothing else; do the work in a "
                          "thread or in steps, return, and answer when it is done");
+}
+
+void Findings::seeLoopHeld(const Event &event) {
+  add("loop-held",
+      "the main loop has stood still for "
+          + seconds(static_cast<std::uint64_t>(event.number("held")))
+          + " outside the callbacks, and requests wait meanwhile: a timer, a job or an "
+            "event handler of the application computes or waits; do the work in a "
+            "thread or in steps");
 }
 
 void Findings::seeLentBundle(const Event &event) {

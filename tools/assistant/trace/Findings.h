@@ -54,6 +54,7 @@ private:
   void seeEntered(const Event &event);
   void seeLeft(const Event &event);
   void seeHeld(const Event &event);
+  void seeLoopHeld(const Event &event);
   void seeLentBundle(const Event &event);
   void seeSignal(const Event &event);
   void seeExit(const Event &event);

@@ -180,6 +180,10 @@ std::string Timeline::describeOwn(const Event &event) const {
     return "callback of " + action + " has held the main loop for "
            + duration(event.number("held"));
   }
+  if (event.name == "loop-held") {
+    return "the main loop has stood still for " + duration(event.number("held"))
+           + ", outside the callbacks";
+  }
   if (event.name == "lent-bundle-freed") {
     return "the application freed the bundle it was lent";
   }

@@ -140,6 +140,12 @@ std::vector<Finding> checkSdkVersion(const std::vector<MetadataEntry> &entries,
   if (found == entries.rend()) {
     return {missingKey(entries, manifest)};
   }
+  if (!found->hasValue) {
+    return {{"sdk-version-missing", "'" + manifest
+                                        + "' declares the key of the SDK version and no version; "
+                                          "add value=\"1.0-beta\", or whichever version the "
+                                          "application was written for, to its <metadata>"}};
+  }
   if (found->value.empty()) {
     return {{"sdk-version-empty", "'" + manifest
                                       + "' declares an SDK version without a value; give the "

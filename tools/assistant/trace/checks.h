@@ -13,12 +13,15 @@ namespace norix::assistant::trace {
 struct MetadataEntry {
   std::string key;
   std::string value;
+  // Whether the manifest gives a value at all.
+  bool hasValue = true;
 };
 
 /// What is wrong with the SDK version that a manifest declares.
 ///
 /// Words: `no-metadata-key`, `metadata-key-misspelt` (which names the key that was meant),
-/// `sdk-version-empty`, `sdk-version-alpha`. An empty result means that the library accepts it.
+/// `sdk-version-missing`, `sdk-version-empty`, `sdk-version-alpha`. An empty result means that the
+/// library accepts it.
 ///
 /// @param entries   all metadata entries of the application
 /// @param manifest  the path of the manifest, for the sentences

@@ -48,6 +48,11 @@ TEST(TheSdkVersionCheck, RejectsAnEmptyVersion) {
               ElementsAre(isFinding("sdk-version-empty", "without a value")));
 }
 
+TEST(TheSdkVersionCheck, RejectsAKeyWithoutAVersion) {
+  EXPECT_THAT(checkSdkVersion({{kKey, "", false}}, kManifest),
+              ElementsAre(isFinding("sdk-version-missing", "add value=\"1.0-beta\"")));
+}
+
 class AMisspeltKey : public testing::TestWithParam<const char *> {};
 
 TEST_P(AMisspeltKey, IsNamedWithTheRightOne) {
