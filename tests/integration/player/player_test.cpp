@@ -43,9 +43,9 @@ std::uint32_t mostAdded(const Picture &before, const Picture &after) {
 class ThePlayer : public IntegrationTest {
 protected:
   void SetUp() override {
-    // Until the state can be asked for, there is no window.
-    state();
-    screen.await([this](const Picture &seen) { return cover(seen) == coverOfState(); });
+    const std::uint32_t colour = coverOfState();
+    ASSERT_EQ(cover(screen.await([=](const Picture &seen) { return cover(seen) == colour; })),
+              colour);
   }
 
   static std::string answerOf(const std::vector<std::string> &request) {
