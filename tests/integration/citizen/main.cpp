@@ -78,6 +78,7 @@ const std::map<std::string, Reads> kBreakingParams = {
      [](const char *params) { return params != nullptr && std::strlen(params) >= 1U << 20U; }},
     {"parameters-nested", [](const char *params) { return has(params, "[[[[[[[["); }},
     {"parameters-not-utf8", [](const char *params) { return has(params, "\xE9"); }},
+    {"parameters-fuzz", [](const char *params) { return has(params, R"("level":-)"); }},
     {"parameters-nul", [](const char *params) { return has(params, "\\u0000"); }},
 };
 

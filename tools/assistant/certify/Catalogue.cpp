@@ -135,6 +135,11 @@ const std::vector<Check> &catalogue() {
       {"parameters-nul", Level::Must, kParameters, "NUL characters in parameters are answered.",
        "A text in C ends there, the text that was sent does not.",
        "Keep the length with the text, or refuse such texts in the answer.", checkParametersNul},
+      {"parameters-fuzz", Level::Must, kParameters,
+       "Parameters that are drawn by lot are answered.",
+       "Nobody thinks of everything that an assistant may send.",
+       "Run the scenario that was saved until it passes, then certify with another --seed.",
+       checkParametersFuzz},
 
       {"assistant-leaves", Level::Must, kAssistants,
        "An assistant that leaves before its answer does no harm.",

@@ -31,6 +31,8 @@ struct Order {
   bool executesDestructive = false;
   /// For what is drawn by lot.
   std::uint64_t seed = 1;
+  /// Where scenarios of parameters that fail are saved.
+  std::string folderForScenarios = ".";
 };
 
 /// What a check needs is not there; what() says what, as a sentence.

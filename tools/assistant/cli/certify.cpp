@@ -9,8 +9,11 @@
 #include "assistant/client/MainLoop.h"
 
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
+#include <optional>
 
 namespace norix::assistant::cli {
 namespace {
@@ -95,13 +98,26 @@ Ending certifyApplication(const CertifyOptions &options, Console &console) {
   Reports reports(options.reports, console);
 
   Watchdog watchdog(console);
-  certify::Examination examination(options.order);
-  watchdog.onEnd([&examination] { examination.abandon(); });
+  std::optional<certify::Examination> examination;
+  std::mutex making;
+  // Never given back: nothing is made any more.
+  watchdog.onEnd([&] {
+    making.lock();
+    if (examination) {
+      examination->abandon();
+    }
+  });
   const MainLoop loop;
   Watchdog::blockSignals();
+  // Ecore would wait for processes that are not its own, and take their exit status away.
+  std::signal(SIGCHLD, SIG_DFL);
+  {
+    const std::lock_guard<std::mutex> lock(making);
+    examination.emplace(options.order);
+  }
   ProgressLine line(console, watchdog);
   certify::Certification certification(
-      examination, std::move(rules),
+      *examination, std::move(rules),
       [&line](const certify::Progress &progress) { line.show(progress); });
   const report::Suite suite = certification.run(reports.writers());
   watchdog.finish();
@@ -156,6 +172,11 @@ void addCertify(Program &program) {
                    "Execute actions that are declared as destructive, too");
   command.add_option("--seed", order.seed, "For what is drawn by lot")
       ->type_name("NUMBER")
+      ->capture_default_str();
+  command
+      .add_option("--save", order.folderForScenarios,
+                  "Where to save scenarios of parameters that are not coped with")
+      ->type_name("FOLDER")
       ->capture_default_str();
   command
       .add_option("--completion-timeout", order.completionTimeout,

@@ -47,6 +47,9 @@ void checkParametersNested(Examination &examination, Verdicts &verdicts);
 void checkParametersNotUtf8(Examination &examination, Verdicts &verdicts);
 void checkParametersNul(Examination &examination, Verdicts &verdicts);
 
+// fuzz.cpp
+void checkParametersFuzz(Examination &examination, Verdicts &verdicts);
+
 // assistants.cpp
 void checkAssistantLeaves(Examination &examination, Verdicts &verdicts);
 void checkAssistantKilled(Examination &examination, Verdicts &verdicts);
