@@ -28,6 +28,22 @@ std::string stringIn(bundle *request, const char *key) {
   return value == nullptr ? std::string() : value;
 }
 
+void addText(const char *key, const int type, const bundle_keyval_t *value, void *texts) {
+  void *text = nullptr;
+  size_t size = 0;
+  if (type == BUNDLE_TYPE_STR
+      && bundle_keyval_get_basic_val(const_cast<bundle_keyval_t *>(value), &text, &size)
+             == BUNDLE_ERROR_NONE) {
+    (*static_cast<json *>(texts))[key] = static_cast<const char *>(text);
+  }
+}
+
+json textsIn(bundle *request) {
+  json texts = json::object();
+  bundle_foreach(request, addText, &texts);
+  return texts;
+}
+
 // A handle may point at a number or at a text; the latter need not be aligned for an int.
 int numberAt(const void *handle) {
   int number = 0;
@@ -144,6 +160,7 @@ void VoiceApplication::received(const char *kind, void *handle, bundle *request)
     event["actionType"] = stringIn(request, ACTION_TYPE);
     event["actionParams"] = stringIn(request, ACTION_PARAMS);
     event["requestId"] = idIn(request);
+    event["texts"] = textsIn(request);
   }
   _handles.push_back(handle);
   report(event);

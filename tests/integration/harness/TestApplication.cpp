@@ -79,6 +79,7 @@ Received TestApplication::awaitRequest() {
     received.actionId = event.at("actionId");
     received.actionType = event.at("actionType");
     received.actionParams = event.at("actionParams");
+    received.texts = event.at("texts").get<std::map<std::string, std::string>>();
     received.requestId = event.at("requestId");
   }
   return received;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -27,6 +28,8 @@ struct Received {
   std::string actionType;
   std::string actionParams;
   std::uint64_t requestId = 0;
+  // All texts of the bundle, by their keys.
+  std::map<std::string, std::string> texts;
 };
 
 // The application for tests (app/), in a process of its own. Its calls return what the library's

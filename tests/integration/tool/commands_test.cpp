@@ -5,10 +5,13 @@
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/TestApplication.h"
 
+#include "support/TemporaryFolder.h"
+
 #include <gmock/gmock.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 namespace integration {
 namespace {
@@ -56,6 +59,38 @@ protected:
 TEST_F(TheTool, SendsJsonAsItIs) {
   EXPECT_EQ(paramsFor({"list:=[1, 2]", "object:={\"a\":null}", "text=a:=b"}),
             R"({"list":[1, 2],"object":{"a":null},"text":"a:=b"})");
+}
+
+TEST_F(TheTool, SendsFurtherKeys) {
+  TestApplication application(runtime);
+  application.setAction("play");
+  application.answerAtOnce("playing");
+
+  const Outcome outcome = runAssistant(
+      {"run", application.id(), "play", "--set", "actionType=voice", "--set", "mood=calm=ly"});
+  const Outcome further =
+      runAssistant({"run", application.id(), "play", "--set", "mood=calm=ly", "--set", "empty="});
+
+  EXPECT_EQ(outcome.status, 2) << outcome.err;
+  EXPECT_EQ(further.status, 0) << further.err;
+  const auto texts = application.awaitRequest().texts;
+  EXPECT_EQ(texts.at("mood"), "calm=ly");
+  EXPECT_EQ(texts.at("empty"), "");
+}
+
+TEST_F(TheTool, NeverCallsAnApplicationBusyThatIsStarting) {
+  constexpr int kStarts = 10;
+  for (int start = 0; start < kStarts; ++start) {
+    Process music({std::string(MUSIC_EXAMPLE) + "/bin/music"}, {{"AUL_APPID", kMusic}});
+    Outcome outcome;
+    do {
+      outcome = runAssistant({"state", kMusic});
+    } while (outcome.status == 3);
+
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    music.signal(SIGTERM);
+    music.wait();
+  }
 }
 
 TEST_F(TheTool, SendsParametersOfAFile) {
@@ -210,6 +245,35 @@ TEST_F(TheTool, FindsThatThereIsNoApplication) {
 
   EXPECT_EQ(outcome.status, 10);
   EXPECT_THAT(outcome.out, HasSubstr("error: "));
+}
+
+// A container's user: no name, no home folder, nothing that is its own but a temporary folder.
+TEST_F(TheTool, WorksForAUserThatNobodyKnows) {
+  constexpr uid_t kUser = 54321;
+  const std::string user = std::to_string(kUser);
+  const support::TemporaryFolder temporary;
+  const auto started = [&](const std::vector<std::string> &command) {
+    std::vector<std::string> whole{
+        "/usr/bin/env", "-u", "XDG_RUNTIME_DIR", "HOME=/", "/usr/bin/setpriv",
+        "--reuid",      user, "--regid",         user,     "--clear-groups"};
+    whole.insert(whole.end(), command.begin(), command.end());
+    return Process(whole, {{"AUL_APPID", kMusic}, {"TMPDIR", temporary.path()}});
+  };
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "only root can become another user";
+  }
+  if (started({"/usr/bin/test", "-x", ASSISTANT_COMMAND}).wait() != 0) {
+    GTEST_SKIP() << "other users cannot reach " << ASSISTANT_COMMAND;
+  }
+  ASSERT_EQ(chown(temporary.path().c_str(), kUser, kUser), 0);
+  Process music = started({std::string(MUSIC_EXAMPLE) + "/bin/music"});
+
+  const Outcome outcome = started({ASSISTANT_COMMAND, "state", kMusic, "--wait", "20"}).finish();
+  music.signal(SIGTERM);
+
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_THAT(outcome.out, HasSubstr("\"volume\""));
+  EXPECT_EQ(music.wait(), 0) << music.errors();
 }
 
 struct Surroundings {

@@ -88,7 +88,7 @@ private:
       Watchdog::blockSignals();
       expect("waiting for '" + _options.appId + "' to accept", Outcome::Busy);
       _tracing.note("connecting");
-      Session session = Session::connected(_options.appId, kUnbounded);
+      Session session = connected();
       _tracing.note("connected; registering for answers");
       expect("waiting for '" + _options.appId + "' to answer", Outcome::NoAnswer);
       session.client().setCallback({});
@@ -100,6 +100,19 @@ private:
       _subject.detail = error.what();
       return finished(outcomeOf(error.failure()));
     }
+  }
+
+  // An application that began to listen when this command had found nobody is tried again: nothing
+  // was sent yet.
+  Session connected() const {
+    try {
+      return Session::connected(_options.appId, kUnbounded);
+    } catch (const Error &error) {
+      if (error.failure() != Failure::CannotConnect || !findListener(_options.appId)) {
+        throw;
+      }
+    }
+    return Session::connected(_options.appId, kUnbounded);
   }
 
   Ending await(Session &session) {
