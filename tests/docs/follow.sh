@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# follow.sh INSTALLATION PAGE
+# follow.sh INSTALLATION EXAMPLES PAGE
 #
-# Does what a page says, in an empty folder, with what is installed: a block of code after "as `name`"
+# Does what a page says, in a folder that holds the built examples alone, with what is installed: a block of code after "as `name`"
 # is saved as that file, the lines "$ command" of a console block are run, and what they print is
 # compared with the lines below them, where … stands for anything.
 set -uo pipefail
 
-installation=$1 page=$2
+installation=$1 examples=$2 page=$3
 work=$(mktemp -d)
 app_pids=$work/run/app-running
 trap 'stop_all; rm -rf "$work"' EXIT
@@ -20,7 +20,8 @@ stop_all() {
   done
 }
 
-mkdir "$work/run" "$work/blocks" "$work/empty"
+mkdir -p "$work/run" "$work/blocks" "$work/folder/build/release"
+ln -s "$examples" "$work/folder/build/release/examples"
 export PATH=$installation/bin:$PATH XDG_RUNTIME_DIR=$work/run HOME=$work
 PKG_CONFIG_PATH=$(dirname "$(find "$installation" -name norix.pc)")
 LD_LIBRARY_PATH=$(dirname "$(find "$installation" -name libnorix.so)")
@@ -68,7 +69,7 @@ console() {
   done <"$1"
 }
 
-cd "$work/empty" || exit 1
+cd "$work/folder" || exit 1
 for block in "$work"/blocks/*; do
   name=$(head -1 "$block")
   tail -n +2 "$block" >"$work/block"
