@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "integration/player/Screen.h"
 
+#include <endian.h>
 #include <poll.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <csignal>
 #include <cstring>
-#include <fstream>
 #include <stdexcept>
 
 namespace integration {
@@ -49,6 +50,11 @@ Screen::Screen(int width, int height)
                _folder.path()}),
       _display(":" + _server.readLine()),
       _windowManager({"matchbox-window-manager", "-use_titlebar", "no"}, {{"DISPLAY", _display}}) {}
+
+void Screen::close() {
+  _server.signal(SIGTERM);
+  (void)_server.wait();
+}
 
 Picture Screen::picture() const {
   const std::string dump = support::contentOf(_folder / "Xvfb_screen0");

@@ -36,6 +36,8 @@ public:
 
   /// What DISPLAY is for those who are to draw on it.
   const std::string &display() const { return _display; }
+  /// Ends the server, which removes its socket and its lock.
+  void close();
   Picture picture() const;
   /// Waits until what is seen is as wanted. @return What was seen last, wanted or not
   Picture await(const std::function<bool(const Picture &)> &isWanted) const;

@@ -48,6 +48,8 @@ protected:
               colour);
   }
 
+  void TearDown() override { screen.close(); }
+
   static std::string answerOf(const std::vector<std::string> &request) {
     std::vector<std::string> command = {"run", kPlayer};
     command.insert(command.end(), request.begin(), request.end());
