@@ -313,6 +313,29 @@ TEST_F(Certifying, TheSmallestParametersThatFailAreSaved) {
               testing::EndsWith("  - run: \"setLevel\"\n    params: {\"level\":-1}\n  - state:\n"));
 }
 
+TEST_F(Certifying, ReportsForBuildServersToo) {
+  const std::string junit = folder() / "report.xml";
+  const std::string page = folder() / "report.html";
+
+  const Outcome outcome = runCertify({folder(), "--check", "manifest", "--check", "sdk-version",
+                                      "--tap", "--junit", junit, "--html", page});
+
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, testing::StartsWith("TAP version 14\n"));
+  EXPECT_THAT(support::contentOf(junit), HasSubstr("<testcase name=\"sdk-version\""));
+  EXPECT_THAT(support::contentOf(page), HasSubstr("sdk-version"));
+}
+
+TEST_F(Certifying, ShowsWhatHappenedInTheApplication) {
+  const Certificate certificate = certify({folder(), "--check", "examples-answered",
+                                           "--completion-timeout", "1", "--", "examples-answered"});
+
+  const json &step = certificate.suite["cases"][0]["steps"][0];
+  EXPECT_EQ(step["name"], "examples-answered setLevel");
+  EXPECT_EQ(step["events"][0]["event"], "received");
+  EXPECT_EQ(step["events"][0]["action"], "setLevel");
+}
+
 TEST_F(Certifying, ShouldDoesNotCountUnlessItIsStrict) {
   const Certificate certificate = certify({folder(), "--check", "ends", "--", "ends"});
 

@@ -170,6 +170,15 @@ TEST_F(ATerminal, ShowsTheSecondsLeft) {
   EXPECT_THAT(terminal.readAll(), HasSubstr("\r\033[Knorix-assistant: "));
 }
 
+TEST_F(ATerminal, ShowsHowFarACertificationIs) {
+  Terminal certify({ASSISTANT_COMMAND, "certify", MUSIC_EXAMPLE, "--check", "manifest", "--check",
+                    "declarations"});
+
+  EXPECT_NO_THROW(certify.readUntil("check 1 of 2, manifest"));
+  EXPECT_THAT(certify.readUntil(" folder "),
+              AllOf(HasSubstr("check 2 of 2, declarations: some "), HasSubstr(" s left\r\x1b[K")));
+}
+
 TEST_F(ATerminal, ShowsColours) {
   EXPECT_THAT(Terminal({ASSISTANT_COMMAND, "doctor", MUSIC_EXAMPLE}).readAll(),
               HasSubstr("\033[32mnothing wrong found\033[0m"));

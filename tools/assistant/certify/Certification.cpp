@@ -80,6 +80,7 @@ void Certification::performAll(report::Suite &suite, const Writers &writers) {
 
 void Certification::close(report::Case &chapter, const Writers &writers) {
   _examination.waitIfAbandoned();
+  _inform({});
   for (const Step &step : chapter.steps) {
     chapter.seconds += step.seconds;
   }

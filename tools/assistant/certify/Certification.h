@@ -23,7 +23,7 @@ struct Rules {
   Baseline baseline;
 };
 
-/// How far an examination is.
+/// How far an examination is; all 0 when it is about to report.
 struct Progress {
   std::size_t check = 0;
   std::size_t ofHowMany = 0;
@@ -35,7 +35,7 @@ class Certification {
 public:
   using Writers = std::vector<std::unique_ptr<report::Writer>>;
 
-  /// @param inform  called before every check
+  /// @param inform  called before every check, and before every report
   Certification(Examination &examination, Rules rules,
                 std::function<void(const Progress &)> inform);
 

@@ -57,7 +57,9 @@ private:
     use.params = exampleTexts(action);
     for (const std::string &params : use.params) {
       const auto begin = std::chrono::steady_clock::now();
-      use.replies.push_back(_application->ask(actionRequest(action.id, params)));
+      const Request request = actionRequest(action.id, params);
+      use.requestIds.push_back(request.requestId);
+      use.replies.push_back(_application->ask(request));
       const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
       use.seconds = std::max(use.seconds, taken.count());
     }
@@ -92,7 +94,9 @@ private:
         _use.findings.push_back({event.text("finding"), event.text("sentence")});
       } else if (event.name == "launched") {
         addEarlier(event);
+        continue;
       }
+      _use.events.push_back(event);
     }
     return !events.empty();
   }
@@ -116,6 +120,18 @@ private:
 bool ActionUse::isAnswered() const {
   return std::all_of(replies.begin(), replies.end(),
                      [](const Reply &reply) { return reply.isAnswered(); });
+}
+
+std::vector<trace::Event> eventsOf(const OrdinaryUse &use, std::uint64_t requestId) {
+  const auto isReceived = [](const trace::Event &event) { return event.name == "received"; };
+  const auto begin =
+      std::find_if(use.events.begin(), use.events.end(), [&](const trace::Event &event) {
+        return isReceived(event) && event.text("requestId") == std::to_string(requestId);
+      });
+  const auto end = begin == use.events.end()
+                       ? begin
+                       : std::find_if(std::next(begin), use.events.end(), isReceived);
+  return {begin, end};
 }
 
 OrdinaryUse useOrdinarily(std::unique_ptr<Application> application,

@@ -5,8 +5,10 @@
 #include "assistant/actions/Declarations.h"
 #include "assistant/certify/Application.h"
 #include "assistant/certify/Reply.h"
+#include "assistant/trace/Event.h"
 #include "assistant/trace/Finding.h"
 
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -22,6 +24,7 @@ struct ActionUse {
   std::vector<std::string> params;
   /// What came of each.
   std::vector<Reply> replies;
+  std::vector<std::uint64_t> requestIds;
   /// The longest time that an answer took.
   double seconds = 0.0;
 
@@ -39,9 +42,14 @@ struct OrdinaryUse {
   std::set<std::string> registered;
   /// What the probe found, until the end.
   std::vector<trace::Finding> findings;
+  /// What happened in it.
+  std::vector<trace::Event> events;
   /// How it ended when it was told to.
   int endStatus = 0;
 };
+
+/// What happened in the application from this request to the next.
+std::vector<trace::Event> eventsOf(const OrdinaryUse &use, std::uint64_t requestId);
 
 /// Uses an application, and ends it.
 OrdinaryUse useOrdinarily(std::unique_ptr<Application> application,

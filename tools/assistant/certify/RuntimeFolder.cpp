@@ -26,8 +26,21 @@ RuntimeFolder::RuntimeFolder() {
   _path = name;
   if (const char *const before = std::getenv(kVariable)) {
     _before = before;
+    link(before);
   }
   setenv(kVariable, _path.c_str(), 1);
+}
+
+// Displays, buses and sound are sockets, some in folders. Not what applications and their launchers
+// put there: their sockets, their lock files.
+void RuntimeFolder::link(const fs::path &folder) const {
+  std::error_code ignored;
+  for (const fs::directory_entry &entry : fs::directory_iterator(folder, ignored)) {
+    const fs::path name = entry.path().filename();
+    if (!entry.is_regular_file(ignored) && name != "rpc-port" && name != "norix-assistant") {
+      fs::create_symlink(entry.path(), _path / name, ignored);
+    }
+  }
 }
 
 RuntimeFolder::~RuntimeFolder() {

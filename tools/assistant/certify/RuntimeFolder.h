@@ -9,7 +9,8 @@
 namespace norix::assistant::certify {
 
 /// A folder for sockets and other files, removed in the end, which $XDG_RUNTIME_DIR names
-/// meanwhile: what is started then has nothing to do with applications that run already.
+/// meanwhile: what is started then has nothing to do with applications that run already. The rest
+/// of the user's own folder, a display for one, is there by links.
 class RuntimeFolder {
 public:
   /// @throw std::runtime_error when it cannot be made
@@ -25,6 +26,8 @@ public:
   void remove() const;
 
 private:
+  void link(const std::filesystem::path &folder) const;
+
   std::filesystem::path _path;
   std::optional<std::string> _before;
 };

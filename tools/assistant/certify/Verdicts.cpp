@@ -9,8 +9,10 @@ void Verdicts::pass(const std::string &about) {
   add(report::Outcome::Passed, about, {});
 }
 
-void Verdicts::fail(const std::string &seen, const std::string &about) {
+void Verdicts::fail(const std::string &seen, const std::string &about,
+                    std::vector<trace::Event> events) {
   add(report::Outcome::Failed, about, seen);
+  _steps.back().events = std::move(events);
 }
 
 void Verdicts::skip(const std::string &why, const std::string &about) {

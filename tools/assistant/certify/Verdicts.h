@@ -19,7 +19,9 @@ public:
   /// @param about  the action, or whatever else the verdict is about; empty for the application
   void pass(const std::string &about = {});
   /// @param seen  a sentence that says what was seen instead of what should have been
-  void fail(const std::string &seen, const std::string &about = {});
+  /// @param events  what happened in the application meanwhile
+  void fail(const std::string &seen, const std::string &about = {},
+            std::vector<trace::Event> events = {});
   /// @param why  a sentence
   void skip(const std::string &why, const std::string &about = {});
 

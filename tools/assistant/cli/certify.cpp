@@ -53,6 +53,10 @@ public:
       : _console(console), _watchdog(watchdog) {}
 
   void show(const certify::Progress &progress) {
+    if (progress.ofHowMany == 0) {
+      _console.showProgress({});
+      return;
+    }
     std::string line = "check " + std::to_string(progress.check) + " of "
                        + std::to_string(progress.ofHowMany) + ", " + progress.id;
     const auto done = static_cast<double>(progress.check - 1);

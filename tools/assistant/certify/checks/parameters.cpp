@@ -7,6 +7,7 @@
 #include "assistant/certify/Examination.h"
 #include "assistant/certify/Verdicts.h"
 #include "assistant/certify/checks/checks.h"
+#include "assistant/launch/ExchangeTrace.h"
 
 #include <chrono>
 
@@ -18,38 +19,57 @@ constexpr std::chrono::milliseconds kForEachAction(500);
 
 using Make = std::vector<Params> (*)(const actions::Action &action);
 
-// What was wrong; empty when nothing was.
-std::string complaintAbout(Examination &examination, const ActionUse &use,
-                           const std::vector<Params> &all) {
-  const auto end = std::chrono::steady_clock::now() + kForEachAction;
-  std::string tried;
-  for (const Params &params : all) {
-    tried = "the action '" + use.action.id + "' with " + params.description + " ";
-    const std::uint64_t id = nextRequestId();
-    const Reply reply = examination.application().ask(toBundle(use.action, params, id).get(), id);
-    if (!reply.isAnswered()) {
-      return tried + reply.text;
+/// One action that gets parameters of a kind.
+class Attempt {
+public:
+  Attempt(Examination &examination, const actions::Action &action)
+      : _application(examination.application()), _action(action), _trace(_application.id()) {}
+
+  void run(const std::vector<Params> &all, Verdicts &verdicts) {
+    const auto end = std::chrono::steady_clock::now() + kForEachAction;
+    for (const Params &params : all) {
+      const Reply reply = send(params);
+      if (!reply.isAnswered()) {
+        fail(_tried + reply.text, verdicts);
+        return;
+      }
+      if (std::chrono::steady_clock::now() >= end) {
+        break;
+      }
     }
-    if (std::chrono::steady_clock::now() >= end) {
-      break;
+    const Reply after = _application.pulse();
+    if (after.isAnswered()) {
+      verdicts.pass(_action.id);
+    } else {
+      fail("after " + _tried + "a request for the state " + after.text, verdicts);
     }
   }
-  const Reply after = examination.application().pulse();
-  return after.isAnswered() ? "" : "after " + tried + "a request for the state " + after.text;
-}
+
+private:
+  Reply send(const Params &params) {
+    _tried = "the action '" + _action.id + "' with " + params.description + " ";
+    _requestId = nextRequestId();
+    return _application.ask(toBundle(_action, params, _requestId).get(), _requestId);
+  }
+
+  void fail(const std::string &seen, Verdicts &verdicts) {
+    verdicts.fail(seen, _action.id, _trace.finish(_requestId));
+  }
+
+  Application &_application;
+  const actions::Action &_action;
+  launch::ExchangeTrace _trace;
+  std::string _tried;
+  std::uint64_t _requestId = 0;
+};
 
 void judge(Examination &examination, Verdicts &verdicts, Make make) {
   for (const ActionUse *const use : examination.answeringActions()) {
     const std::vector<Params> all = make(use->action);
     if (all.empty()) {
       verdicts.skip("the action declares no parameters", use->action.id);
-      continue;
-    }
-    const std::string wrong = complaintAbout(examination, *use, all);
-    if (wrong.empty()) {
-      verdicts.pass(use->action.id);
     } else {
-      verdicts.fail(wrong, use->action.id);
+      Attempt(examination, use->action).run(all, verdicts);
     }
   }
 }

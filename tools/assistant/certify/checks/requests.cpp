@@ -27,12 +27,12 @@ void failEach(const std::vector<std::string> &actions, const std::string &what,
   }
 }
 
-void judgeExamples(const ActionUse &use, Verdicts &verdicts) {
+void judgeExamples(const OrdinaryUse &all, const ActionUse &use, Verdicts &verdicts) {
   for (std::size_t i = 0; i < use.replies.size(); ++i) {
     if (!use.replies[i].isAnswered()) {
       verdicts.fail("the action '" + use.action.id + "' with " + use.params[i] + " "
                         + use.replies[i].text,
-                    use.action.id);
+                    use.action.id, eventsOf(all, use.requestIds[i]));
       return;
     }
   }
@@ -95,7 +95,7 @@ void checkExamplesAnswered(Examination &examination, Verdicts &verdicts) {
     throw NotPossible("the application declares no actions");
   }
   for (const ActionUse &use : examination.ordinaryUse().actions) {
-    judgeExamples(use, verdicts);
+    judgeExamples(examination.ordinaryUse(), use, verdicts);
   }
   for (const std::string &action : examination.ordinaryUse().leftOut) {
     verdicts.skip("the action '" + action
