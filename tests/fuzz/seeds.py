@@ -9,7 +9,7 @@ names that begin with "found-", and is left alone.
 import pathlib
 import struct
 
-from text_seeds import ALLOW_LISTS, LOG_FILTERS, LOG_LINES, MANIFESTS, MCP_LINES, short
+from text_seeds import ALLOW_LISTS, DECLARATIONS, LOG_FILTERS, LOG_LINES, MANIFESTS, MCP_LINES, short
 
 CORPUS = pathlib.Path(__file__).parent / "corpus"
 
@@ -418,6 +418,7 @@ SEEDS = {
     "log_filter": LOG_FILTERS,
     "log_line": LOG_LINES,
     "manifest": MANIFESTS,
+    "declarations": DECLARATIONS,
     "mcp": MCP_LINES,
 }
 

@@ -165,3 +165,52 @@ MCP_LINES = {
     "no-last-newline": rpc(b"ping").strip(),
     "nothing": b"",
 }
+
+
+def declarations(actions, more=b""):
+    return b'{"version": 1,\n "actions": [' + actions + b"]" + more + b"}\n"
+
+
+def action(more=b"", action_id=b"act"):
+    return (b'{"id": "' + action_id + b'", "title": "Act", "description": "Acts."' + more + b"}")
+
+
+def with_form(properties, more=b""):
+    return action(b', "parameters": {"type": "object", "properties": {' + properties
+                  + b'}, "additionalProperties": false' + more + b"}")
+
+
+_VOLUME = b'"volume": {"type": "integer", "minimum": 0, "maximum": 100}'
+
+DECLARATIONS = {
+    "no-actions": declarations(b""),
+    "one-action": declarations(action()),
+    "everything-said": declarations(action(
+        b', "readOnly": true, "destructive": false, "confirm": true, "utterances": ["do it"]')),
+    "a-number": declarations(with_form(_VOLUME, b', "required": ["volume"]')),
+    "an-example-and-an-utterance": declarations(
+        with_form(_VOLUME)[:-1] + b', "examples": [{"volume": 4}], "utterances": ["{volume}"]}'),
+    "a-bad-example": declarations(with_form(_VOLUME)[:-1] + b', "examples": [{"volume": "4"}]}'),
+    "a-text": declarations(with_form(b'"t": {"type": "string", "minLength": 1, "maxLength": 9}')),
+    "an-enumeration": declarations(with_form(b'"m": {"type": "string", "enum": ["a", "b"]}')),
+    "a-list": declarations(with_form(
+        b'"l": {"type": "array", "items": {"type": "number"}, "minItems": 1, "maxItems": 3}')),
+    "a-default": declarations(with_form(b'"d": {"type": "boolean", "default": true}')),
+    "an-unknown-keyword": declarations(with_form(b'"d": {"type": "boolean", "oneOf": []}')),
+    "a-misspelt-member": declarations(action(b', "utterences": []')),
+    "one-id-twice": declarations(action() + b", " + action()),
+    "a-key-twice": declarations(action(b', "title": "Again"')),
+    "the-reserved-id": declarations(action(action_id=b"getAppContext")),
+    "a-state": declarations(b"", b', "state": {"description": "S", "form": {"type": "object",'
+                            b' "properties": {"on": {"type": "boolean"}}}, "examples": [{}]}'),
+    "a-state-with-a-bad-example": declarations(b"", b', "state": {"description": "S",'
+                                               b' "form": {"type": "string"}, "examples": [1]}'),
+    "another-version": b'{"version": 2, "actions": []}',
+    "breaks-off": b'{"version": 1,\n "actions": [{"id": "a',
+    "not-an-object": b"[]",
+    "empty": b"",
+    "not-utf-8": declarations(action(action_id=b"\xff")),
+    "a-bom": b"\xef\xbb\xbf" + declarations(action()),
+    "deep": b"[" * 500,
+    "a-large-number": declarations(with_form(b'"n": {"type": "integer", "maximum": 1e999}')),
+}
