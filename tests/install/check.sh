@@ -35,13 +35,17 @@ expect() {
   [ "$printed" = "$expected" ] || fail "$* printed '$printed' instead of '$expected'"
 }
 
-# answers TEXT APPLICATION INSTALLATION [ASK]: the application answers the installed tool with the text,
-# and the assistant of somebody else as well.
+# answers TEXT APPLICATION ASK …: the application, once it listens, answers that command with the text.
 answers() {
-  "$2" &
+  local expected=$1 application=$2
+  shift 2
+  "$application" &
   app_pid=$!
-  expect "$1" "$3/bin/norix-assistant" state --wait 60 org.example.lamp
-  [ $# -lt 4 ] || expect "$1" "$4" org.example.lamp
+  until "$@" org.example.lamp >/dev/null 2>"$work/error"; do
+    kill -0 "$app_pid" || fail "$application ended: $(cat "$work/error")"
+    sleep 0.1
+  done
+  expect "$expected" "$@" org.example.lamp
   stop_app
 }
 
@@ -61,13 +65,13 @@ run() { # INSTALLATION
   [ -f "$1/share/doc/norix/LICENSE" ] || fail "the licence is not installed"
 }
 
-cmake() { # CMAKE INSTALLATION [cmake option …]
+find_package() { # CMAKE INSTALLATION [cmake option …]
   local cmake=$1 installation=$2
   shift 2
   "$cmake" -S "$project" -B "$work/build" -DNORIX_FROM=package -DCMAKE_PREFIX_PATH="$installation" "$@"
   "$cmake" --build "$work/build"
-  answers "lit, in C" "$work/build/lamp" "$installation" "$work/build/ask"
-  answers "lit, in C++" "$work/build/lamp-cpp" "$installation"
+  answers "lit, in C" "$work/build/lamp" "$work/build/ask"
+  answers "lit, in C++" "$work/build/lamp-cpp" "$installation/bin/norix-assistant" state
 }
 
 pkg_config() { # INSTALLATION CC CXX [compiler option …]
@@ -78,12 +82,12 @@ pkg_config() { # INSTALLATION CC CXX [compiler option …]
   cp "$project/tizen-manifest.xml" "$work"
   read -ra flags <<<"$(pkg-config --cflags --libs norix capi-appfw-service-application)"
   "$cc" "$@" "$project/lamp.c" -o "$work/lamp" "${flags[@]}" -Wl,-rpath,"${PKG_CONFIG_PATH%/*}"
-  answers "lit, in C" "$work/lamp" "$installation"
+  answers "lit, in C" "$work/lamp" "$installation/bin/norix-assistant" state
 
   read -ra flags <<<"$(pkg-config --cflags --libs norix-cpp capi-appfw-service-application)"
   "$cxx" -std=c++17 "$@" "$project/lamp.cpp" -o "$work/lamp" "${flags[@]}" \
     -Wl,-rpath,"${PKG_CONFIG_PATH%/*}"
-  answers "lit, in C++" "$work/lamp" "$installation"
+  answers "lit, in C++" "$work/lamp" "$installation/bin/norix-assistant" state
 }
 
 # Each example where it was copied to; one of them is built and asked.
@@ -101,15 +105,15 @@ examples() { # CMAKE INSTALLATION SOURCE [cmake option …]
 }
 
 # Part of another project's build, which installs none of it.
-subproject() { # CMAKE BUILD SOURCE [cmake option …]
-  local cmake=$1 build=$2 source=$3
-  shift 3
+subproject() { # CMAKE SOURCE [cmake option …]
+  local cmake=$1 source=$2
+  shift 2
   "$cmake" -S "$project" -B "$work/folder" -DNORIX_FROM=folder -DNORIX_SOURCE="$source" "$@"
 
   "$cmake" -S "$project" -B "$work/build" -DNORIX_FROM=fetch -DNORIX_SOURCE="$source" "$@"
   "$cmake" --build "$work/build"
-  answers "lit, in C" "$work/build/lamp" "$build" "$work/build/ask"
-  answers "lit, in C++" "$work/build/lamp-cpp" "$build"
+  answers "lit, in C" "$work/build/lamp" "$work/build/ask"
+  answers "lit, in C++" "$work/build/lamp-cpp" "$work/build/ask"
   "$cmake" --install "$work/build" --prefix "$work/installed"
   [ ! -e "$work/installed" ] || fail "the other project installs: $(find "$work/installed" -type f)"
 }
