@@ -59,7 +59,7 @@ install() { # CMAKE BUILD FOLDER
 # The programs and libraries find each other wherever they are.
 run() { # INSTALLATION
   local lost
-  lost=$(find "$1" -type f -exec sh -c 'ldd "$1" 2>/dev/null' - {} \; | grep 'not found') || true
+  lost=$(find "$1" -type f \( -name '*.so*' -o -path '*/bin/*' \) -exec ldd {} + | grep 'not found') || true
   [ -z "$lost" ] || fail "not found: $lost"
   "$1/bin/norix-assistant" --version
   [ -f "$1/share/doc/norix/LICENSE" ] || fail "the licence is not installed"
