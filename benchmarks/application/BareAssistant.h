@@ -4,7 +4,7 @@
 
 #include "harness/Samples.h"
 
-#include <socket/Descriptor.h>
+#include <common/Descriptor.h>
 #include <wire/Frame.h>
 
 #include <string>

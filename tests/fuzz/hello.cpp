@@ -4,7 +4,7 @@
 // written again and has to be the same.
 #include "support/check.h"
 
-#include "socket/Names.h"
+#include "common/Names.h"
 #include "wire/Hello.h"
 
 #include <string_view>

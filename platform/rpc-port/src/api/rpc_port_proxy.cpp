@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "api/arguments.h"
+#include "common/Names.h"
 #include "connection/Proxy.h"
 #include "registry/HandleTable.h"
-#include "socket/Names.h"
 
 namespace rpc = platform::rpc_port;
 

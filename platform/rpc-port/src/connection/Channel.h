@@ -3,8 +3,8 @@
 #define PLATFORM_RPC_PORT_CONNECTION_CHANNEL_H
 
 #include "common/Callback.h"
+#include "common/Descriptor.h"
 #include "loop/FdWatch.h"
-#include "socket/Descriptor.h"
 #include "wire/FrameReader.h"
 #include "wire/Inbox.h"
 #include "wire/SendQueue.h"

@@ -2,12 +2,12 @@
 #include "connection/Dialer.h"
 
 #include "common/Deadline.h"
+#include "common/Names.h"
 #include "common/Printable.h"
 #include "common/bounds.h"
 #include "common/log.h"
 #include "launcher/launch.h"
 #include "registry/LocalPort.h"
-#include "socket/Names.h"
 #include "wire/Hello.h"
 
 #include <algorithm>

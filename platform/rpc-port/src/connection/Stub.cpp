@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "connection/Stub.h"
 
+#include "common/Names.h"
 #include "common/Printable.h"
 #include "common/log.h"
-#include "socket/Names.h"
 
 #include <new>
 #include <utility>

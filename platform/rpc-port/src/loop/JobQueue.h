@@ -2,9 +2,9 @@
 #ifndef PLATFORM_RPC_PORT_LOOP_JOB_QUEUE_H
 #define PLATFORM_RPC_PORT_LOOP_JOB_QUEUE_H
 
+#include "common/Descriptor.h"
 #include "loop/FdWatch.h"
 #include "loop/Job.h"
-#include "socket/Descriptor.h"
 
 #include <cstddef>
 

@@ -2,7 +2,7 @@
 #ifndef PLATFORM_RPC_PORT_SOCKET_RUNTIME_DIRECTORY_H
 #define PLATFORM_RPC_PORT_SOCKET_RUNTIME_DIRECTORY_H
 
-#include "socket/Descriptor.h"
+#include "common/Descriptor.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wire/Hello.h"
 
-#include "socket/Names.h"
+#include "common/Names.h"
 
 #include <algorithm>
 #include <cinttypes>

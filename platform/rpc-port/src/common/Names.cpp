@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Names.h"
+#include "common/Names.h"
 
 #include "common/bounds.h"
 #include "manifest/AppId.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef PLATFORM_RPC_PORT_SOCKET_NAMES_H
-#define PLATFORM_RPC_PORT_SOCKET_NAMES_H
+#ifndef PLATFORM_RPC_PORT_COMMON_NAMES_H
+#define PLATFORM_RPC_PORT_COMMON_NAMES_H
 
 #include <string>
 #include <string_view>

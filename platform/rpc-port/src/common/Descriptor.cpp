@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "socket/Descriptor.h"
+#include "common/Descriptor.h"
 
 #include <standardStreams.h>
 
