@@ -1,0 +1,3 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Nothing: the source that the shared precompiled header is built for.
