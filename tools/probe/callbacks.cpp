@@ -47,8 +47,8 @@ Registration *remember(Key key) {
   const std::lock_guard<std::mutex> lock(mutex);
   std::unique_ptr<Registration> &registration = (*registrations)[key];
   if (registration == nullptr) {
-    registration.reset(
-        new Registration{std::get<0>(key), std::get<1>(key), std::get<2>(key), std::get<3>(key)});
+    registration = std::make_unique<Registration>(
+        Registration{std::get<0>(key), std::get<1>(key), std::get<2>(key), std::get<3>(key)});
   }
   return registration.get();
 }

@@ -89,7 +89,7 @@ void watchEndings() {
 
 } // namespace norix::probe
 
-NORIX_PROBE_EXPORT [[noreturn]] void _exit(int status) {
+NORIX_PROBE_EXPORT __attribute__((noreturn)) void _exit(int status) {
   using Exit = void(int);
   static norix::probe::Real<Exit> real("_exit", "libc.so.6");
   norix::probe::flush();

@@ -42,8 +42,8 @@ LastException lastException() {
 
 using Throw = void(void *, std::type_info *, void (*)(void *));
 
-NORIX_PROBE_EXPORT [[noreturn]] void __cxa_throw(void *thrown, std::type_info *type,
-                                                 void (*destroy)(void *)) {
+NORIX_PROBE_EXPORT __attribute__((noreturn)) void __cxa_throw(void *thrown, std::type_info *type,
+                                                              void (*destroy)(void *)) {
   static norix::probe::Real<Throw> real("__cxa_throw", norix::probe::kRuntime);
   const norix::probe::RunningCallback running = norix::probe::runningCallback();
   if (running.action != nullptr && running.thread == norix::probe::threadId()) {

@@ -10,6 +10,7 @@
 
 #include <norix.h>
 
+#include <cmath>
 #include <cstring>
 #include <dlfcn.h>
 #include <string>
@@ -88,8 +89,7 @@ void reportInitialize(int result) {
   const auto *const count = exported<double>("COMPLETE_WAITING_MAX_COUNT");
   if (interval != nullptr && count != nullptr) {
     constexpr double kMilliseconds = 1000.0;
-    call.number(Field::CompletionTimeout,
-                static_cast<std::int64_t>(*interval * *count * kMilliseconds + 0.5));
+    call.number(Field::CompletionTimeout, std::llround(*interval * *count * kMilliseconds));
   }
   report(call);
 }

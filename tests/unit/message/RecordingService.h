@@ -36,7 +36,7 @@ class RecordingService : public rpc_port::message::stub::message::ServiceBase {
 public:
   using Message = rpc_port::message::stub::message;
 
-  class Factory : public ServiceBase::Factory {
+  class Factory final : public ServiceBase::Factory {
   public:
     explicit Factory(Recorded &recorded) : _recorded(recorded) {}
     ~Factory() { _recorded.add("factory destroyed"); }

@@ -162,7 +162,7 @@ TEST_F(AStub, RefusesAConnectionBeforeItHasAFactory) {
 }
 
 // A factory that makes nothing.
-class EmptyFactory : public rpc_port::message::stub::message::ServiceBase::Factory {
+class EmptyFactory final : public rpc_port::message::stub::message::ServiceBase::Factory {
 public:
   std::unique_ptr<rpc_port::message::stub::message::ServiceBase>
   CreateService(std::string /*sender*/, std::string /*instance*/) override {

@@ -203,7 +203,7 @@ Cells answersUninitialised(World &world) {
   const Cells before = {outcomeOf(world, kAction, &unknown), outcomeOf(world, kState, &unknown)};
   isReady(world);
   world.app.deinitialises();
-  const Cells after = {outcomeOf(world, kAction, &unknown), outcomeOf(world, kState, &unknown)};
+  Cells after = {outcomeOf(world, kAction, &unknown), outcomeOf(world, kState, &unknown)};
   EXPECT_EQ(before, after);
   return after;
 }

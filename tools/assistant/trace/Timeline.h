@@ -51,7 +51,6 @@ private:
   // The request in progress.
   Request _request;
   std::uint64_t _waitNanoseconds = 30000000000;
-  std::uint64_t _enteredAt = 0;
   std::string _sender;
 };
 
