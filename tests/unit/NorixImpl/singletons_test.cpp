@@ -23,7 +23,7 @@ protected:
 
 using Singletons = testing::Types<norix::NorixImpl, norix::NorixCommonData, norix::StateRequestImpl,
                                   norix::ActionRequestImpl>;
-TYPED_TEST_SUITE(ASingleton, Singletons);
+TYPED_TEST_SUITE(ASingleton, Singletons, );
 
 TYPED_TEST(ASingleton, IsMadeByTheFirstCall) {
   EXPECT_EQ(TypeParam::_instance, nullptr);

@@ -44,7 +44,7 @@ TEST_F(AStateRequest, StartsTheThirtySeconds) {
 }
 
 TEST_F(AStateRequest, StartsItsTimerBeforeTheCallback) {
-  app.onState = [this](const auto &) {
+  app.onState = [](const auto &) {
     EXPECT_THAT(calls({"ecore_timer_add"}), TextsAre({"ecore_timer_add(30)"}));
   };
 

@@ -48,7 +48,7 @@ protected:
     ReadyLibraryTest::SetUp();
     app.registersForState();
     app.registersFor("play");
-    app.onState = app.onAction = [this](const auto &) { thrown().throws(); };
+    app.onState = app.onAction = [](const auto &) { thrown().throws(); };
     if (road().leavesAParkedRequest) {
       expectLeft(DeliberateLeak::ParkedBundle);
     }
