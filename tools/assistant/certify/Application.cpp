@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/certify/Application.h"
+#include "assistant/launch/exitStatus.h"
 
 #include <csignal>
 #include <fstream>
@@ -19,7 +20,6 @@ constexpr double kLibrarysTimeout = 30.0;
 constexpr double kPatience = 10.0;
 // What an application may take for dying once its connection is gone.
 constexpr int kTimeToDie = 2000;
-constexpr int kSignalStatus = 128;
 
 std::string secondsText(double seconds) {
   std::ostringstream text;
@@ -49,7 +49,7 @@ Application::~Application() {
 void Application::reap(int flags) {
   int status = 0;
   if (!_status && waitpid(_running.supervisor, &status, flags) == _running.supervisor) {
-    _status = WIFEXITED(status) ? WEXITSTATUS(status) : kSignalStatus + WTERMSIG(status);
+    _status = launch::exitStatus(status);
   }
 }
 

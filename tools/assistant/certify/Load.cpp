@@ -12,7 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr Clock::duration kForEachAction = std::chrono::seconds(1);
+constexpr Clock::duration kToLoadAnAction = std::chrono::seconds(1);
 
 fs::path processFolder(pid_t process) {
   return fs::path("/proc") / std::to_string(process);
@@ -53,7 +53,7 @@ class Mixture {
 public:
   explicit Mixture(const std::vector<const ActionUse *> &actions) {
     for (const ActionUse *const use : actions) {
-      _parts.push_back({use, kForEachAction});
+      _parts.push_back({use, kToLoadAnAction});
     }
   }
 

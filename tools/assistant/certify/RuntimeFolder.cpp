@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char *kVariable = "XDG_RUNTIME_DIR";
+constexpr const char *kFolderVariable = "XDG_RUNTIME_DIR";
 
 } // namespace
 
@@ -24,11 +24,11 @@ RuntimeFolder::RuntimeFolder() {
                              + "': " + std::strerror(errno) + "; set TMPDIR to one of your own");
   }
   _path = name;
-  if (const char *const before = std::getenv(kVariable)) {
+  if (const char *const before = std::getenv(kFolderVariable)) {
     _before = before;
     link(before);
   }
-  setenv(kVariable, _path.c_str(), 1);
+  setenv(kFolderVariable, _path.c_str(), 1);
 }
 
 // Displays, buses and sound are sockets, some in folders. Not what applications and their launchers
@@ -45,9 +45,9 @@ void RuntimeFolder::link(const fs::path &folder) const {
 
 RuntimeFolder::~RuntimeFolder() {
   if (_before) {
-    setenv(kVariable, _before->c_str(), 1);
+    setenv(kFolderVariable, _before->c_str(), 1);
   } else {
-    unsetenv(kVariable);
+    unsetenv(kFolderVariable);
   }
   remove();
 }

@@ -4,6 +4,7 @@
 #include "assistant/cli/exchangeOptions.h"
 #include "assistant/launch/Background.h"
 #include "assistant/launch/Supervisor.h"
+#include "assistant/launch/exitStatus.h"
 
 #include <memory>
 #include <sys/wait.h>
@@ -16,7 +17,6 @@ using launch::LaunchOptions;
 using launch::Target;
 
 // What shells add to the number of a signal.
-constexpr int kSignalStatus = 128;
 
 struct Options {
   LaunchOptions launch;
@@ -28,10 +28,7 @@ int statusOf(const launch::Ending &ending, const Options &options) {
     return rowOf(Outcome::Findings).status;
   }
   // A signal for this process is passed on: the application decides how it ends.
-  if (WIFSIGNALED(ending.status)) {
-    return kSignalStatus + WTERMSIG(ending.status);
-  }
-  const int status = WEXITSTATUS(ending.status);
+  const int status = launch::exitStatus(ending.status);
   return status == 0 && ending.neverListened ? rowOf(Outcome::CannotLaunch).status : status;
 }
 

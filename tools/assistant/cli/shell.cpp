@@ -5,6 +5,7 @@
 #include "assistant/cli/LineEditor.h"
 #include "assistant/cli/Program.h"
 #include "assistant/cli/commands.h"
+#include "assistant/launch/exitStatus.h"
 
 #include <cerrno>
 #include <csignal>
@@ -20,7 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kCannotStart = 127;
-constexpr int kSignalStatus = 128;
 constexpr const char *kSelf = "/proc/self/exe";
 
 // In the user's state folder, if that can be written; the shell works without.
@@ -70,7 +70,7 @@ int runCommand(std::vector<std::string> words) {
   while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
   sigaction(SIGINT, &before, nullptr);
-  return WIFSIGNALED(status) ? kSignalStatus + WTERMSIG(status) : WEXITSTATUS(status);
+  return launch::exitStatus(status);
 }
 
 // Lines from a file or a pipe.

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char *kAssistant = "com.valtren.tizen.norix";
 constexpr const char *kOther = "com.valtren.tizen.norix.other";
-constexpr const char *kVariable = "AUL_APPID";
+constexpr const char *kIdVariable = "AUL_APPID";
 constexpr int kRounds = 2;
 constexpr int kConnections = 20;
 constexpr int kMilliseconds = 1000;
@@ -111,7 +111,7 @@ void checkAssistantNeverReads(Examination &examination, Verdicts &verdicts) {
   application.hangUp();
   std::uint64_t last = nextRequestId();
   Peer assistant([&](int /*number*/) {
-    setenv(kVariable, kOther, 1);
+    setenv(kIdVariable, kOther, 1);
     for (int i = 1; i <= kRequests; ++i) {
       Request request = stateRequest();
       request.requestId = last + static_cast<std::uint64_t>(i);

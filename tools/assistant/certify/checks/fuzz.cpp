@@ -16,7 +16,7 @@ namespace {
 constexpr int kInputs = 100;
 constexpr int kAttempts = 100;
 // What an action may take of the time.
-constexpr std::chrono::seconds kForEachAction(1);
+constexpr std::chrono::seconds kToFuzzAnAction(1);
 
 /// Draws parameters for one action.
 class Fuzzing {
@@ -25,7 +25,7 @@ public:
       : _examination(examination), _use(use), _generator(examination.order().seed) {}
 
   void run(Verdicts &verdicts) {
-    const auto end = std::chrono::steady_clock::now() + kForEachAction;
+    const auto end = std::chrono::steady_clock::now() + kToFuzzAnAction;
     for (int number = 1; number <= kInputs && std::chrono::steady_clock::now() < end; ++number) {
       const std::string input = _generator.params(_use.action.parameters);
       if (fails(input)) {

@@ -4,16 +4,11 @@
 #include "assistant/certify/Examination.h"
 #include "assistant/certify/Verdicts.h"
 #include "assistant/certify/checks/checks.h"
+#include "assistant/launch/exitStatus.h"
 
 #include <csignal>
 
 namespace norix::assistant::certify {
-namespace {
-
-constexpr int kSignalStatus = 128;
-
-} // namespace
-
 void checkStarts(Examination &examination, Verdicts &verdicts) {
   examination.endApplication();
   try {
@@ -28,12 +23,12 @@ void checkEnds(Examination &examination, Verdicts &verdicts) {
   const int status = examination.ordinaryUse().endStatus;
   if (status == 0) {
     verdicts.pass();
-  } else if (status == kSignalStatus + SIGKILL) {
+  } else if (status == launch::kSignalStatus + SIGKILL) {
     verdicts.fail("told to end with SIGTERM, the application ran on for two seconds, until it was "
                   "killed");
-  } else if (status > kSignalStatus) {
+  } else if (status > launch::kSignalStatus) {
     verdicts.fail("told to end with SIGTERM, the application died of signal "
-                  + std::to_string(status - kSignalStatus));
+                  + std::to_string(status - launch::kSignalStatus));
   } else {
     verdicts.fail("told to end with SIGTERM, the application ended with status "
                   + std::to_string(status));
