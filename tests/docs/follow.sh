@@ -10,13 +10,12 @@ set -uo pipefail
 
 installation=$1 examples=$2 page=$3
 work=$(mktemp -d)
-app_pids=$work/run/app-running
 trap 'stop_all; rm -rf "$work"' EXIT
 
 # The applications that a page left running, also when it went wrong.
 stop_all() {
-  for running in "$app_pids"/*; do
-    [ ! -e "$running" ] || norix-assistant launch --stop "${running##*/}" >"$work/stopped" 2>&1
+  for application in "$work"/run/app-running/*; do
+    [ ! -e "$application" ] || norix-assistant launch --stop "${application##*/}" >"$work/stopped" 2>&1
   done
 }
 

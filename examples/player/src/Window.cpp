@@ -3,6 +3,8 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -37,11 +39,11 @@ void fill(Evas_Object *object) {
 
 } // namespace
 
-Window::Window(void (*closed)()) : _window(elm_win_util_standard_add("player", "Player")) {
+Window::Window(std::function<void()> closed)
+    : _closed(std::move(closed)), _window(elm_win_util_standard_add("player", "Player")) {
   evas_object_smart_callback_add(
       _window, "delete,request",
-      [](void *data, Evas_Object *, void *) { reinterpret_cast<void (*)()>(data)(); },
-      reinterpret_cast<void *>(closed));
+      [](void *self, Evas_Object *, void *) { static_cast<Window *>(self)->_closed(); }, this);
 
   Evas_Object *const panel = addPanel();
   _cover = addCover(panel);

@@ -5,13 +5,14 @@
 #include "Player.h"
 
 #include <Elementary.h>
+#include <functional>
 #include <string>
 
 /** @brief The window: what is played, and what the assistant asked for last. */
 class Window {
 public:
   /** @param closed  Called when the user closes the window */
-  explicit Window(void (*closed)());
+  explicit Window(std::function<void()> closed);
   Window(const Window &) = delete;
   Window &operator=(const Window &) = delete;
   ~Window() { evas_object_del(_window); }
@@ -26,6 +27,7 @@ private:
   Evas_Object *addLabel(Evas_Object *panel, int row, int firstColumn);
   Evas_Object *addBar(Evas_Object *panel, int row, const char *label);
 
+  std::function<void()> _closed;
   // Deletes the others with it.
   Evas_Object *const _window;
   Evas_Object *_cover = nullptr;

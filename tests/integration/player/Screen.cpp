@@ -9,6 +9,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 namespace integration {
@@ -24,7 +26,13 @@ constexpr std::size_t kColours = 19;
 constexpr std::size_t kBytesPerColour = 12;
 constexpr std::uint32_t kRgb = 0xffffff;
 // How long to wait before looking again.
-constexpr int kPauseMs = 20;
+constexpr int kPauseMs = 50;
+
+std::string dumpIn(const std::string &path) {
+  std::string dump(std::filesystem::file_size(path), '\0');
+  std::ifstream(path, std::ios::binary).read(dump.data(), static_cast<long>(dump.size()));
+  return dump;
+}
 
 // X window dumps begin with big-endian numbers.
 Header headerOf(const std::string &dump) {
@@ -57,7 +65,7 @@ void Screen::close() {
 }
 
 Picture Screen::picture() const {
-  const std::string dump = support::contentOf(_folder / "Xvfb_screen0");
+  const std::string dump = dumpIn(_folder / "Xvfb_screen0");
   const Header header = headerOf(dump);
   const std::size_t begin = header[kHeaderSize] + header[kColours] * kBytesPerColour;
 

@@ -21,7 +21,7 @@ constexpr const char *kPlayer = "org.example.player";
 constexpr int kWidth = 560;
 constexpr int kHeight = 300;
 // A frame is drawn in parts: what is seen is complete when it was the same so often.
-constexpr int kLooks = 5;
+constexpr int kLooks = 3;
 // Inside the cover, beside the note on it.
 constexpr std::size_t kCoverX = 40;
 constexpr std::size_t kCoverY = 60;
