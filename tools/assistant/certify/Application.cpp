@@ -155,8 +155,8 @@ Reply Application::lost() {
   std::string text = "was lost: the application ";
   if (!endsWithin(kTimeToDie)) {
     text += "runs, and took the connection down";
-  } else if (*_status > kSignalStatus) {
-    text += "was ended by signal " + std::to_string(*_status - kSignalStatus);
+  } else if (*_status > launch::kSignalStatus) {
+    text += "was ended by signal " + std::to_string(*_status - launch::kSignalStatus);
   } else {
     text += "ended with status " + std::to_string(*_status);
   }
