@@ -24,6 +24,7 @@ _QUICK = {
     "roundtrip": ["--rounds=3", "--exchanges=100"],
     "scale": ["--rounds=3", "--exchanges=50", "--requests=5000"],
     "size": ["--starts=3"],
+    "tools": ["--rounds=3", "--exchanges=50", "--starts=3"],
     "bundle": ["--rounds=3"],
     "library": ["--benchmark_min_time=0.01"],
 }
@@ -32,6 +33,7 @@ _FULL = {
     "roundtrip": ["--rounds=21", "--exchanges=1000"],
     "scale": ["--rounds=21", "--exchanges=500", "--requests=1000000"],
     "size": ["--starts=20"],
+    "tools": ["--rounds=21", "--exchanges=200", "--starts=5"],
     "bundle": ["--rounds=21"],
     "library": ["--benchmark_min_time=0.5"],
 }
@@ -45,7 +47,7 @@ def _write_json(path, content):
 
 def _measure(programs, folder, counts):
     results = {}
-    for operation in ("size", "roundtrip", "scale", "bundle"):
+    for operation in ("size", "tools", "roundtrip", "scale", "bundle"):
         print(f"Running benchmark_{operation} …", flush=True)
         output = subprocess.run([os.path.join(programs, "benchmark_" + operation),
                                  *counts[operation]], check=True, stdout=subprocess.PIPE).stdout

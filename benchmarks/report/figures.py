@@ -106,7 +106,30 @@ def _bundle_row(bundle):
                f"{milliseconds:.0f} ms ({slowest['name']})", milliseconds <= 100)
 
 
+def _median_of_differences(more, less):
+    return statistics.median(one - other for one, other in zip(more, less))
+
+
+def _microseconds_row(what, limit, nanoseconds):
+    return Row(what, f"≤ {limit} µs", f"{nanoseconds / 1000:.1f} µs", nanoseconds <= limit * 1000)
+
+
+def _tools_rows(tools):
+    probe = tools["probe"]
+    yield _microseconds_row("the probe, per request, on the application's loop", 3,
+                            _median_of_differences(probe["with"], probe["without"]))
+    library, bridge = tools["bridge"]
+    yield _microseconds_row("an agent's call, above a direct exchange", 150,
+                            _median_of_differences(bridge["rounds"], library["rounds"]))
+    state, *others = tools["start"]
+    milliseconds = [f"{each['p50'] / 1e6:.1f} ms" for each in tools["start"]]
+    beside = f" (busctl --version: {milliseconds[1]})" if others else " (without busctl)"
+    yield Row("norix-assistant state, cold start to answer", "≤ 10 ms", milliseconds[0] + beside,
+              state["p50"] <= 10e6)
+
+
 def budget_rows(results):
     return [*_time_rows(results["roundtrip"]), *_counted_rows(results["counted"]),
             *_scale_rows(results["scale"]), *_size_rows(results["size"]),
+            *_tools_rows(results["tools"]),
             _bundle_row(results["bundle"])]
