@@ -412,7 +412,8 @@ TEST(Certification, OfTheLightFailsInNoMust) {
 TEST(Certification, OfTheMusicSucceedsButForTheActionThatShowsSilence) {
   const support::TemporaryRuntime runtime;
 
-  const Certificate certificate = certify({MUSIC_EXAMPLE, "--baseline", MUSIC_BASELINE});
+  const Certificate certificate =
+      certify({MUSIC_EXAMPLE, "--baseline", MUSIC_BASELINE, "--completion-timeout", "8"});
 
   EXPECT_EQ(certificate.status, 0) << certificate.suite.dump(1);
   EXPECT_THAT(certificate.verdicts("tolerated"),
