@@ -243,7 +243,7 @@ TEST_P(ABadCitizen, IsSeen) {
 
   const Certificate certificate =
       certify({folder(), "--strict", "--check", failure.check, "--completion-timeout",
-               failure.timeout, "--", failure.check});
+               failure.timeout, "--save", folder(), "--", failure.check});
 
   const bool counts = findCheck(failure.check)->level != Level::Information;
   EXPECT_EQ(certificate.status, counts ? kFindings : 0);
