@@ -157,7 +157,7 @@ const std::map<std::string, Late> kWithState = {
 };
 
 bool isSilent() {
-  constexpr int kPatience = 1000;
+  constexpr int kPatience = 500;
   return (fails("state-during-action") && pending != nullptr)
          || (fails("assistant-never-reads") && states > kPatience);
 }

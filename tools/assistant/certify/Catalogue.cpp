@@ -153,7 +153,8 @@ constexpr Check kChecks[] = {
      "Let the library read its own list: leave NORIX_PROXY_ALLOW_APPID_LIST_PATH alone.",
      checkAllowListWithout},
 
-    {"load-answered", Level::Must, kLoad, "10,000 requests are answered.",
+    {"load-answered", Level::Must, kLoad,
+     "Of 10,000 requests, ten at a time, the newest are answered.",
      "An application runs for weeks.",
      "Run it in a debugger with norix-assistant run in a loop, and look at the first failure.",
      checkLoadAnswered},

@@ -18,14 +18,15 @@ struct Usage {
   long descriptors = 0;
 };
 
-/// What came of many requests, one after the other.
+/// What came of many requests.
 struct Load {
-  /// How many were to be answered.
+  /// How many are sent, and how many at a time: of these the newest has to be answered.
   static constexpr int kRequests = 10000;
+  static constexpr int kAtATime = 10;
   /// Up to here an application may fill what it keeps for good.
   static constexpr int kWarmUp = 2000;
 
-  /// How many were answered.
+  /// How many were sent before one that had to be answered was not.
   int answered = 0;
   /// What came of the next one.
   Reply failure;

@@ -103,7 +103,7 @@ void checkAssistantKilled(Examination &examination, Verdicts &verdicts) {
 }
 
 void checkAssistantNeverReads(Examination &examination, Verdicts &verdicts) {
-  constexpr int kSteps = 6;
+  constexpr int kSteps = 4;
   // So many fit into a socket's buffer.
   constexpr int kRequests = 200;
   Application &application = examination.application();
