@@ -17,10 +17,14 @@ namespace {
 // Findings that checks of their own are about.
 const std::set<std::string> kElsewhere = {"never-answered", "answered-twice"};
 
+std::string sentence(const std::string &action, const std::string &what) {
+  return "the action '" + action + "' is " + what;
+}
+
 void failEach(const std::vector<std::string> &actions, const std::string &what,
               Verdicts &verdicts) {
   for (const std::string &action : actions) {
-    verdicts.fail("the action '" + action + "' is " + what, action);
+    verdicts.fail(sentence(action, what), action);
   }
   if (actions.empty()) {
     verdicts.pass();
