@@ -77,6 +77,9 @@ constexpr OutcomeRow kRows[] = {
      "'{app}': the {request} is lost: a newer request took its place",
      "The library works on one request at a time, whoever sends it, and answers the latest. "
      "Send again, and have assistants with other ids wait meanwhile."},
+    {Outcome::TestsFailed, 14, "tests-failed", "what was tested did not pass", "{detail}", ""},
+    {Outcome::FileRefused, 15, "file-refused", "a file cannot be used", "{lines}",
+     "norix-scenario(5) says what a scenario may consist of."},
     {Outcome::HungUp, kSignalBase + SIGHUP, "hung-up", "ended by SIGHUP", "hung up", ""},
     {Outcome::Interrupted, kSignalBase + SIGINT, "interrupted", "ended by SIGINT", "interrupted",
      ""},
@@ -98,6 +101,13 @@ std::vector<OutcomeRow> allOutcomes() {
 const OutcomeRow &rowOf(Outcome outcome) {
   return *std::find_if(std::begin(kRows), std::end(kRows),
                        [outcome](const OutcomeRow &row) { return row.outcome == outcome; });
+}
+
+Outcome outcomeNamed(const std::string &word) {
+  const auto *const found =
+      std::find_if(std::begin(kRows), std::end(kRows),
+                   [&word](const OutcomeRow &row) { return word == row.word; });
+  return found == std::end(kRows) ? Outcome::Internal : found->outcome;
 }
 
 std::string fill(const char *text, const Subject &subject) {

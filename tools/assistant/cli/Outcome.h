@@ -28,6 +28,8 @@ enum class Outcome {
   Busy,
   Crowded,
   Findings,
+  TestsFailed,
+  FileRefused,
   HungUp,
   Interrupted,
   Terminated
@@ -50,6 +52,8 @@ struct OutcomeRow {
 };
 
 const OutcomeRow &rowOf(Outcome outcome);
+/// The outcome with this word; Internal for any other.
+Outcome outcomeNamed(const std::string &word);
 std::vector<OutcomeRow> allOutcomes();
 
 /// What the placeholders of a row stand for.

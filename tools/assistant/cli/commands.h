@@ -17,6 +17,8 @@ void addDoctor(Program &program);
 void addCertify(Program &program);
 void addShell(Program &program);
 void addCompletion(Program &program);
+void addRecord(Program &program);
+void addTest(Program &program);
 
 /// Adds all of them, in the order of --help.
 inline void addCommands(Program &program) {
@@ -25,6 +27,8 @@ inline void addCommands(Program &program) {
   addState(program);
   addRun(program);
   addMcp(program);
+  addTest(program);
+  addRecord(program);
   addMonitor(program);
   addDoctor(program);
   addCertify(program);

@@ -2,28 +2,12 @@
 #include "assistant/cli/exchangeOutcome.h"
 
 #include "assistant/cli/Listener.h"
+#include "assistant/client/words.h"
 
-#include <array>
 #include <utility>
 
 namespace norix::assistant::cli {
 namespace {
-
-// The library's own failure messages.
-constexpr std::array<std::pair<const char *, Outcome>, 4> kFailures{
-    {{"Action Execution callback not registered", Outcome::ActionNotRegistered},
-     {"Action execution request timed out", Outcome::ActionTimedOut},
-     {"App state request callback not registered", Outcome::StateNotRegistered},
-     {"App state request execution timed out", Outcome::StateTimedOut}}};
-
-Outcome outcomeOf(const std::string &statusMessage) {
-  for (const auto &[message, outcome] : kFailures) {
-    if (statusMessage == message) {
-      return outcome;
-    }
-  }
-  return Outcome::Failed;
-}
 
 Json factsOf(const Subject &subject) {
   Json facts{{"app", subject.app}, {"request", subject.action.empty() ? "state" : "action"}};
@@ -47,25 +31,13 @@ Subject subjectOf(const ExchangeOptions &options, const Request &request) {
 }
 
 Outcome outcomeOf(Failure failure) {
-  switch (failure) {
-  case Failure::CannotConnect:
-    return Outcome::NobodyListens;
-  case Failure::Refused:
-    return Outcome::Refused;
-  case Failure::NoAnswer:
-    return Outcome::NoAnswer;
-  case Failure::Disconnected:
-    return Outcome::ConnectionLost;
-  case Failure::Malformed:
-    return Outcome::Malformed;
-  }
-  return Outcome::Internal;
+  return outcomeNamed(wordOf(failure));
 }
 
 Ending endingOf(const Response &response, Subject subject) {
   if (!response.succeeded()) {
     subject.detail = response.statusMessage();
-    return failure(outcomeOf(response.statusMessage()), subject);
+    return failure(outcomeNamed(wordOf(response)), subject);
   }
   Json facts = factsOf(subject);
   facts["text"] = response.text();

@@ -49,6 +49,8 @@ environmentFor(const Target &target, const LaunchOptions &options, const std::st
   if (options.allowList) {
     environment["NORIX_PROBE_ALLOW_LIST"] = fs::absolute(*options.allowList);
   }
+  // What was asked for comes first, but for what makes the application this one.
+  environment.insert(options.environment.begin(), options.environment.end());
   return environment;
 }
 

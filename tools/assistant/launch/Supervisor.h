@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -21,6 +22,8 @@ namespace norix::assistant::launch {
 struct LaunchOptions {
   std::string target;
   std::vector<std::string> arguments;
+  /// Added to this process's environment.
+  std::map<std::string, std::string> environment;
   bool traces = false;
   bool isJson = false;
   /// Findings make a status of their own.

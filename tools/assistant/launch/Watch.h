@@ -20,6 +20,9 @@ public:
   /// Waits until events are there, at most so many milliseconds (-1: without a bound).
   std::vector<trace::Event> read(int milliseconds);
 
+  /// Readable when there are events, or the end.
+  int descriptor() const { return _connection.get(); }
+
   /// Whether the application, or launch, has ended.
   bool hasEnded() const { return _hasEnded; }
 

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/scenario/Changes.h"
+
+#include <poll.h>
+
+namespace norix::assistant::scenario {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Looking costs little, and works on every file system, other than being told.
+constexpr int kPause = 200;
+
+} // namespace
+
+void Changes::add(const std::vector<std::string> &paths, const std::string &further) {
+  _paths.insert(_paths.end(), paths.begin(), paths.end());
+  if (!further.empty()) {
+    _paths.push_back(further);
+  }
+  _seen = look();
+}
+
+void Changes::await() const {
+  while (!areThere()) {
+    (void)poll(nullptr, 0, kPause);
+  }
+}
+
+// A file may go away at any time: then it has no time.
+Changes::Times Changes::look() const {
+  Times times;
+  std::error_code ignored;
+  for (const std::string &path : _paths) {
+    times[path] = fs::last_write_time(path, ignored);
+    if (!fs::is_directory(path, ignored)) {
+      continue;
+    }
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(path, ignored)) {
+      times[entry.path().string()] = entry.last_write_time(ignored);
+    }
+  }
+  return times;
+}
+
+} // namespace norix::assistant::scenario

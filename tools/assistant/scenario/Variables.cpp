@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/scenario/Variables.h"
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+
+namespace norix::assistant::scenario {
+namespace {
+
+using Replace = std::function<std::string(const std::string &)>;
+
+// The text with every ${name} replaced, and every $${ by ${.
+std::string replaceNames(const std::string &text, const Replace &replace) {
+  std::string filled;
+  std::size_t at = 0;
+  for (std::size_t begin = text.find("${"); begin != std::string::npos;
+       begin = text.find("${", at)) {
+    if (begin > at && text[begin - 1] == '$') {
+      filled += text.substr(at, begin - 1 - at) + "${";
+      at = begin + 2;
+      continue;
+    }
+    const std::size_t end = text.find('}', begin);
+    filled += text.substr(at, begin - at);
+    filled += replace(end == std::string::npos ? "" : text.substr(begin + 2, end - begin - 2));
+    at = end == std::string::npos ? text.size() : end + 1;
+  }
+  return filled + text.substr(std::min(at, text.size()));
+}
+
+std::string textOf(const Json &value) {
+  return value.is_string() ? value.get<std::string>()
+                           : value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// The name, when the text is nothing but one.
+std::string onlyName(const std::string &text) {
+  const std::vector<std::string> names = namesIn(text);
+  return names.size() == 1 && text == "${" + names.front() + "}" ? names.front() : "";
+}
+
+} // namespace
+
+std::string Variables::fill(const std::string &text) const {
+  return replaceNames(text, [this](const std::string &name) { return textOf(_values.at(name)); });
+}
+
+Json Variables::fill(const Json &value) const {
+  if (value.is_string()) {
+    const std::string text = value.get<std::string>();
+    const std::string name = onlyName(text);
+    return name.empty() ? Json(fill(text)) : _values.at(name);
+  }
+  Json filled = value;
+  if (value.is_structured()) {
+    for (Json &part : filled) {
+      part = fill(part);
+    }
+  }
+  return filled;
+}
+
+std::vector<std::string> namesIn(const std::string &text) {
+  std::vector<std::string> names;
+  (void)replaceNames(text, [&names](const std::string &name) {
+    names.push_back(name);
+    return std::string();
+  });
+  return names;
+}
+
+bool isName(const std::string &name) {
+  constexpr const char *kAllowed = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                                   "-_.";
+  return !name.empty() && name.find_first_not_of(kAllowed) == std::string::npos;
+}
+
+} // namespace norix::assistant::scenario
