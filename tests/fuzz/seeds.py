@@ -9,7 +9,8 @@ names that begin with "found-", and is left alone.
 import pathlib
 import struct
 
-from text_seeds import ALLOW_LISTS, DECLARATIONS, LOG_FILTERS, LOG_LINES, MANIFESTS, MCP_LINES, short
+from text_seeds import (ALLOW_LISTS, DECLARATIONS, LOG_FILTERS, LOG_LINES, MANIFESTS, MCP_LINES,
+                        SCENARIOS, short)
 
 CORPUS = pathlib.Path(__file__).parent / "corpus"
 
@@ -420,6 +421,7 @@ SEEDS = {
     "manifest": MANIFESTS,
     "declarations": DECLARATIONS,
     "mcp": MCP_LINES,
+    "scenario": SCENARIOS,
 }
 
 

@@ -214,3 +214,50 @@ DECLARATIONS = {
     "deep": b"[" * 500,
     "a-large-number": declarations(with_form(b'"n": {"type": "integer", "maximum": 1e999}')),
 }
+
+# Scenarios, as testers write them and as they should not.
+SCENARIOS = {
+    "usual": b"""name: The volume is set
+application: {folder: ../music, completion-timeout: 300 ms, arguments: [-v], environment: {A: b}}
+variables: {start: 7}
+steps:
+  - run: musicVolume
+    params: {volume: '${start}', list: [1, 2.5, true, null]}
+    expect: {text: The volume is 7, within: 2 s, after: 1 ms}
+  - state:
+    retry: {every: 10 ms, within: 1 s}
+    expect:
+      json: {/volume: 7}
+    capture: {volume: /volume, all: text, first: {matches: (.)}}
+  - run: musicVolume
+    params-text: '{"volume":${volume}}'
+    expect: {contains: [a, b], matches: ^x$, log: ready, findings: loop-held}
+""",
+    "senders": b"""application: {folder: a, allow-list: [b, c]}
+senders: {phone: {id: b}, watch: {id: c, registers: false}}
+findings: [never-answered]
+timeout: 2 min
+steps:
+  - {run: next, sender: watch, as: later, set: {k: v}, type: t}
+  - {kill: watch}
+  - {burst: [{run: a, expect: {outcome: superseded}}, {state: , sender: phone}]}
+  - {await: later, expect: {outcome: connection-lost}}
+  - {stop: application}
+  - {continue: application}
+  - {restart: application}
+  - {register: watch}
+  - {wait: 1}
+""",
+    "bytes": b"steps: [{run: a, params-base64: /w==}]",
+    "key-twice": b"steps: [{run: a, params: {x: {y: 1, y: 2}}}]",
+    "alias": b"name: &a x\nsteps: [*a]",
+    "tag": b"name: !!binary eA==",
+    "not-closed": b"steps: [",
+    "nothing": b"",
+    "bad-expression": b"steps: [{state: , expect: {matches: '('}}]",
+    "unknown-name": b"steps: [{run: '${x}'}, {run: $${y}]",
+    "second-document": b"a: 1\n---\nb: 2",
+    "key-that-is-a-list": b"? [a, b]\n: c",
+    "deep": b"steps: " + b"[" * 300 + b"]" * 300,
+    "not-utf-8": b'steps: [{run: "\xff\xfe"}]',
+}
