@@ -26,6 +26,8 @@ constexpr double kCertain = 31.0;
 constexpr double kTurns = 300.0;
 // For waits that the watchdog bounds.
 constexpr double kUnbounded = 86400.0;
+// Between two looks for an application that is starting, in milliseconds.
+constexpr int kPauseBetweenLooks = 20;
 
 class Exchange {
 public:
@@ -50,7 +52,6 @@ public:
 
 private:
   bool awaitListener() {
-    constexpr int kPause = 20;
     if (_options.wait == 0.0) {
       return true;
     }
@@ -61,7 +62,7 @@ private:
       if (_watchdog.secondsPassed() >= end) {
         return false;
       }
-      (void)poll(nullptr, 0, kPause);
+      (void)poll(nullptr, 0, kPauseBetweenLooks);
     }
     return true;
   }
@@ -104,13 +105,18 @@ private:
 
   // An application that began to listen when this command had found nobody is tried again: nothing
   // was sent yet.
-  Session connected() const {
-    try {
-      return Session::connected(_options.appId, kUnbounded);
-    } catch (const Error &error) {
-      if (error.failure() != Failure::CannotConnect || !findListener(_options.appId)) {
-        throw;
+  Session connected() {
+    constexpr int kTries = 25;
+    for (int tries = 0; tries < kTries; ++tries) {
+      try {
+        return Session::connected(_options.appId, kUnbounded);
+      } catch (const Error &error) {
+        _listens = findListener(_options.appId).has_value();
+        if (error.failure() != Failure::CannotConnect || !_listens) {
+          throw;
+        }
       }
+      (void)poll(nullptr, 0, kPauseBetweenLooks);
     }
     return Session::connected(_options.appId, kUnbounded);
   }
@@ -135,10 +141,7 @@ private:
 
   // Listening and not connecting are two cases for the client, which sees no connection.
   Outcome outcomeOf(Failure failure) const {
-    if (failure == Failure::CannotConnect && findListener(_options.appId)) {
-      return Outcome::Busy;
-    }
-    return cli::outcomeOf(failure);
+    return failure == Failure::CannotConnect && _listens ? Outcome::Busy : cli::outcomeOf(failure);
   }
 
   Ending finished(Outcome outcome) {
@@ -167,6 +170,8 @@ private:
   const Request _request;
   Console &_console;
   Watchdog _watchdog;
+  // What was seen when no connection came about: who looks again may see what came after.
+  bool _listens = false;
   Subject _subject;
   Tracing _tracing;
 };
