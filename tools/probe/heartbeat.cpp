@@ -46,6 +46,8 @@ void startHeartbeat() {
     return;
   }
   ++generation;
+  // A number in place of user data: which heartbeat this is.
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   if (addTimer(kInterval, onTimer, reinterpret_cast<void *>(generation)) != nullptr) {
     lastTurn = now();
   }

@@ -63,7 +63,7 @@ std::string saveScenario(Examination &examination, const std::string &action,
                          const std::string &params) {
   std::string name = examination.target().id + "-" + action;
   std::replace(name.begin(), name.end(), '/', '_');
-  const std::string path =
+  std::string path =
       std::filesystem::path(examination.order().folderForScenarios) / (name + ".yaml");
   std::ofstream file(path);
   file << scenarioFor(examination, action, params);

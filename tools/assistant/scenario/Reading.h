@@ -83,6 +83,7 @@ void readMap(Reading &reading, const YamlNode &node, const std::string &what,
     reading.expected(node, what);
   }
   std::vector<std::string> known;
+  known.reserve(fields.size());
   for (const Field<Target> &field : fields) {
     known.emplace_back(field.key);
   }
