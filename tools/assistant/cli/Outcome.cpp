@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/cli/Outcome.h"
 
+#include "assistant/launch/exitStatus.h"
 #include "assistant/trace/visible.h"
 
 #include <algorithm>
@@ -13,8 +14,6 @@
 
 namespace norix::assistant::cli {
 namespace {
-
-constexpr int kSignalBase = 128;
 
 constexpr OutcomeRow kRows[] = {
     {Outcome::Answered, 0, "answered", "the application answered; a command did its work", "", ""},
@@ -80,11 +79,11 @@ constexpr OutcomeRow kRows[] = {
     {Outcome::TestsFailed, 14, "tests-failed", "what was tested did not pass", "{detail}", ""},
     {Outcome::FileRefused, 15, "file-refused", "a file cannot be used", "{lines}",
      "norix-scenario(5) says what a scenario may consist of."},
-    {Outcome::HungUp, kSignalBase + SIGHUP, "hung-up", "ended by SIGHUP", "hung up", ""},
-    {Outcome::Interrupted, kSignalBase + SIGINT, "interrupted", "ended by SIGINT", "interrupted",
-     ""},
-    {Outcome::Terminated, kSignalBase + SIGTERM, "terminated", "ended by SIGTERM", "terminated",
-     ""}};
+    {Outcome::HungUp, launch::kSignalStatus + SIGHUP, "hung-up", "ended by SIGHUP", "hung up", ""},
+    {Outcome::Interrupted, launch::kSignalStatus + SIGINT, "interrupted", "ended by SIGINT",
+     "interrupted", ""},
+    {Outcome::Terminated, launch::kSignalStatus + SIGTERM, "terminated", "ended by SIGTERM",
+     "terminated", ""}};
 
 std::string numberText(double number) {
   std::array<char, 32> text{};
