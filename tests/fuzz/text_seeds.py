@@ -249,6 +249,7 @@ steps:
   - {wait: 1}
 """,
     "bytes": b"steps: [{run: a, params-base64: /w==}]",
+    "bytes-of-another-alphabet": b'steps: [{run: a, params-base64: "\xc3\xa9"}]',
     "key-twice": b"steps: [{run: a, params: {x: {y: 1, y: 2}}}]",
     "alias": b"name: &a x\nsteps: [*a]",
     "tag": b"name: !!binary eA==",

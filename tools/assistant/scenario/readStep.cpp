@@ -66,10 +66,20 @@ void readKeys(Reading &reading, const YamlNode &node, Draft &draft) {
   }
 }
 
+// Whether the text may be given to yaml-cpp's decoder, which reads outside of its table at a byte
+// above 127.
+bool isAscii(const std::string &text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
+
 // For parameters that are no text: bytes that are not UTF-8.
 void readBytes(Reading &reading, const YamlNode &node, Draft &draft) {
   const std::string text = reading.plainText(node, "bytes in Base64");
-  const std::vector<unsigned char> bytes = YAML::DecodeBase64(text);
+  std::vector<unsigned char> bytes;
+  if (isAscii(text)) {
+    bytes = YAML::DecodeBase64(text);
+  }
   if (bytes.empty() && !text.empty()) {
     reading.expected(node, "bytes in Base64");
   }

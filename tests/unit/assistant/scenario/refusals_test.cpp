@@ -94,6 +94,8 @@ const std::vector<Refusal> kRefusals = {
      "expected a map like {every"},
     {"BytesThatAreNoBase64", withStep("run: a, params-base64: '!'"), "2:33",
      "expected bytes in Base64"},
+    {"BytesOfAnotherAlphabet", withStep("run: a, params-base64: '\xc3\xa9\xc3\xa9'"), "2:33",
+     "expected bytes in Base64"},
     {"AKeyThatTheBundleHas", withStep("run: a, set: {actionId: b}"), "2:24",
      "the key 'actionId' is in the bundle already"},
     {"AVariableOfTheEnvironmentThatIsNone",
