@@ -56,6 +56,14 @@ protected:
     fs::copy_file(fs::path(MUSIC_EXAMPLE) / "tizen-manifest.xml", folder / "tizen-manifest.xml");
     return folder;
   }
+  // Starts to record the example, and waits until it does.
+  static Process startRecording(const std::string &file) {
+    Process recording = startAssistant({"record", file, kMusic});
+    while (recording.errors().empty()) {
+      std::this_thread::yield();
+    }
+    return recording;
+  }
   json reportOf(const std::string &scenario) const {
     return json::parse(play(scenario, {"--json"}).out);
   }
@@ -99,16 +107,81 @@ TEST_F(TheTestCommand, FailsTheScenarioThatIsWrittenToAsThePageSays) {
   }
 }
 
-TEST_F(TheTestCommand, RecordsWhatPassesWhenItIsPlayed) {
+TEST_F(TheTestCommand, PlaysAgainWhenAFileChangesUntilItIsInterrupted) {
+  const std::string name = "watched/a.yaml";
+  const std::string file = runtime.write(name, "name: First\nsteps: [{state: }]");
+  const std::string folder = std::filesystem::path(file).parent_path();
+  Process watching = startAssistant({"test", "--watch", folder, "--app", MUSIC_EXAMPLE});
+  const auto awaitLineWith = [&watching](const std::string &part) {
+    while (watching.readLine().find(part) == std::string::npos) {
+    }
+  };
+  const auto awaitRounds = [&watching](long count) {
+    const std::string waits = "waiting for a change";
+    for (long rounds = 0; rounds < count;) {
+      std::this_thread::yield();
+      const std::string said = watching.errors();
+      rounds = 0;
+      for (std::size_t at = said.find(waits); at != std::string::npos;
+           at = said.find(waits, at + 1)) {
+        ++rounds;
+      }
+    }
+  };
+
+  awaitLineWith("✓ First");
+  runtime.write(name, "name: Second\nstepz: [{state: }]");
+  awaitLineWith("did you mean 'steps'?");
+  runtime.write("watched/b.yaml", "name: Another\nsteps: [{state: }]");
+  runtime.write(name, "name: Third\nsteps: [{state: }]");
+  awaitLineWith("✓ Third");
+  awaitRounds(3);
+  watching.signal(SIGINT);
+
+  EXPECT_EQ(watching.wait(), 128 + SIGINT);
+  EXPECT_THAT(watching.readAll(), HasSubstr("✓ Another"));
+}
+
+/// A way to ask an application for something.
+struct Asking {
+  const char *name;
+  void (*ask)();
+};
+
+void PrintTo(const Asking &asking, std::ostream *out) {
+  *out << asking.name;
+}
+
+const Asking kAskings[] = {
+    {"Run",
+     [] {
+       EXPECT_EQ(runAssistant({"state", kMusic}).status, 0);
+       EXPECT_EQ(runAssistant({"run", kMusic, "musicVolume", "volume=30"}).status, 0);
+       EXPECT_EQ(runAssistant({"run", kMusic, "musicNext", "--id", "com.example.other"}).status, 0);
+     }},
+    {"Shell",
+     [] {
+       Process shell = startAssistant({"shell"});
+       shell.writeLine("state org.example.music");
+       shell.writeLine("run org.example.music musicVolume volume=30");
+       shell.writeLine("run org.example.music musicNext");
+       EXPECT_EQ(shell.finish().status, 0);
+     }},
+    {"AProgramWithTheClientLibrary", [] {
+       Session session(kMusic, kBound);
+       session.ask(stateRequest(), kBound);
+       session.ask(actionRequest("musicVolume", R"({"volume": 30})"), kBound);
+       session.ask(actionRequest("musicNext", "{}"), kBound);
+     }}};
+
+class ARecordingOfWhatIsAskedBy : public TheTestCommand,
+                                  public testing::WithParamInterface<Asking> {};
+
+TEST_P(ARecordingOfWhatIsAskedBy, PassesWhenItIsPlayed) {
   ASSERT_EQ(runAssistant({"launch", "--wait", MUSIC_EXAMPLE}).status, 0);
   const std::string file = runtime.write("recorded.yaml", "");
-  Process recording = startAssistant({"record", file, kMusic});
-  while (recording.errors().empty()) {
-    std::this_thread::yield();
-  }
-  EXPECT_EQ(runAssistant({"state", kMusic}).status, 0);
-  EXPECT_EQ(runAssistant({"run", kMusic, "musicVolume", "volume=30"}).status, 0);
-  EXPECT_EQ(runAssistant({"run", kMusic, "musicNext", "--id", "com.example.other"}).status, 0);
+  Process recording = startRecording(file);
+  GetParam().ask();
   EXPECT_EQ(runAssistant({"launch", "--stop", kMusic}).status, 0);
 
   ASSERT_EQ(recording.wait(), 0);
@@ -118,13 +191,13 @@ TEST_F(TheTestCommand, RecordsWhatPassesWhenItIsPlayed) {
   EXPECT_THAT(replayed.out, HasSubstr("5 steps: 5 passed"));
 }
 
+INSTANTIATE_TEST_SUITE_P(Either, ARecordingOfWhatIsAskedBy, testing::ValuesIn(kAskings),
+                         [](const auto &chosen) { return chosen.param.name; });
+
 TEST_F(TheTestCommand, RecordsUntilItIsInterrupted) {
   ASSERT_EQ(runAssistant({"launch", "--wait", MUSIC_EXAMPLE}).status, 0);
   const std::string file = runtime.write("recorded.yaml", "");
-  Process recording = startAssistant({"record", file, kMusic});
-  while (recording.errors().empty()) {
-    std::this_thread::yield();
-  }
+  Process recording = startRecording(file);
   EXPECT_EQ(runAssistant({"state", kMusic}).status, 0);
 
   recording.signal(SIGINT);

@@ -217,6 +217,7 @@ private:
     } catch (const UsageError &error) {
       console.say(error.what());
     }
+    const Watchdog watchdog(console);
     console.say("waiting for a change; Ctrl-C ends this");
     changes.await();
   }

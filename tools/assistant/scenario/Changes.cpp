@@ -27,17 +27,15 @@ void Changes::await() const {
   }
 }
 
-// A file may go away at any time: then it has no time.
+// A file may go away at any time: then it has no time, and a folder nothing in it.
 Changes::Times Changes::look() const {
   Times times;
   std::error_code ignored;
   for (const std::string &path : _paths) {
     times[path] = fs::last_write_time(path, ignored);
-    if (!fs::is_directory(path, ignored)) {
-      continue;
-    }
-    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(path, ignored)) {
-      times[entry.path().string()] = entry.last_write_time(ignored);
+    for (fs::recursive_directory_iterator entry(path, ignored); entry != end(entry);
+         entry.increment(ignored)) {
+      times[entry->path().string()] = entry->last_write_time(ignored);
     }
   }
   return times;
