@@ -31,6 +31,7 @@ using testing::Not;
 constexpr const char *kId = "org.example.citizen";
 constexpr int kWrongUsage = 2;
 constexpr int kFindings = 10;
+constexpr int kTestsFailed = 14;
 constexpr int kInterrupted = 130;
 // A whole certification takes longer than anything else, on a busy machine above all.
 constexpr double kLong = 200.0;
@@ -311,6 +312,22 @@ TEST_F(Certifying, TheSmallestParametersThatFailAreSaved) {
 
   EXPECT_THAT(support::contentOf(folder() / (std::string(kId) + "-setLevel.yaml")),
               testing::EndsWith("  - run: \"setLevel\"\n    params: {\"level\":-1}\n  - state:\n"));
+}
+
+TEST_F(Certifying, TheSavedScenarioFailsForTheSameReason) {
+  const Certificate certificate = certify(
+      {folder(), "--check", "parameters-fuzz", "--save", folder(), "--", "parameters-fuzz"});
+  const Outcome replayed =
+      runAssistant({"test", folder() / (std::string(kId) + "-setLevel.yaml"), "--json"});
+
+  // The application's end, seen by both.
+  EXPECT_THAT(certificate.verdicts("failed").begin()->second,
+              HasSubstr("{\"level\":-1} was lost: the application ended with status 6"));
+  EXPECT_EQ(replayed.status, kTestsFailed);
+  const json step = json::parse(replayed.out).at("cases").at(0).at("steps").at(1);
+  EXPECT_EQ(step.at("name"), "1 run setLevel");
+  EXPECT_EQ(step.at("outcome"), "failed");
+  EXPECT_EQ(step.at("messages").at(1).at("text"), "the application ended with status 6");
 }
 
 TEST_F(Certifying, ReportsForBuildServersToo) {

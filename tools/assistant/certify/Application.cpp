@@ -153,13 +153,8 @@ Reply Application::asReply(const Error &error) {
 
 Reply Application::lost() {
   std::string text = "was lost: the application ";
-  if (!endsWithin(kTimeToDie)) {
-    text += "runs, and took the connection down";
-  } else if (*_status > launch::kSignalStatus) {
-    text += "was ended by signal " + std::to_string(*_status - launch::kSignalStatus);
-  } else {
-    text += "ended with status " + std::to_string(*_status);
-  }
+  text += endsWithin(kTimeToDie) ? launch::describeExit(*_status)
+                                 : "runs, and took the connection down";
   const std::string found = findings();
   return {Reply::Kind::Lost, text + (found.empty() ? "" : "; " + found)};
 }

@@ -3,6 +3,7 @@
 
 #include "assistant/launch/Report.h"
 #include "assistant/launch/Target.h"
+#include "assistant/launch/exitStatus.h"
 
 #include <csignal>
 #include <fstream>
@@ -87,8 +88,11 @@ void Application::end() {
   }
   resume();
   (void)launch::stopLaunched(_id);
-  waitpid(_left->supervisor, nullptr, 0);
+  if (!_status) {
+    waitpid(_left->supervisor, nullptr, 0);
+  }
   _left.reset();
+  _status.reset();
   _process = 0;
 }
 
@@ -111,6 +115,14 @@ std::vector<trace::Event> Application::receive() {
     }
   }
   return events;
+}
+
+std::string Application::howItEnded() {
+  int status = 0;
+  if (!_status && waitpid(_left->supervisor, &status, 0) == _left->supervisor) {
+    _status = launch::exitStatus(status);
+  }
+  return launch::describeExit(_status.value_or(0));
 }
 
 void Application::kill() {

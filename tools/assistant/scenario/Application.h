@@ -42,6 +42,8 @@ public:
   /// The events that have arrived.
   std::vector<trace::Event> receive();
   bool hasEnded() const { return !_watch || _watch->hasEnded(); }
+  /// How one that was started here has ended: "ended with status 3". To be called once it has.
+  std::string howItEnded();
 
   /// These return when it has happened; kill() does not wait for the last events.
   void kill();
@@ -60,6 +62,7 @@ private:
   std::string _folder;
   std::string _id;
   pid_t _process = 0;
+  std::optional<int> _status;
   std::optional<launch::LeftRunning> _left;
   std::optional<launch::Watch> _watch;
   bool _isStopped = false;

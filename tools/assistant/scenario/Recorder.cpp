@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/scenario/Recorder.h"
 
+#include "assistant/actions/parseShallow.h"
 #include "assistant/client/Request.h"
 #include "assistant/scenario/Scenario.h"
 #include "assistant/trace/logTexts.h"
@@ -138,7 +139,7 @@ private:
     if (!request.type.empty()) {
       _text << "    type: " << inQuotes(request.type) << "\n";
     }
-    const Json params = Json::parse(request.params, nullptr, false);
+    const Json params = actions::parseShallow<Json>(request.params);
     if (params.is_structured()) {
       _text << "    params: " << withNames(params) << "\n";
     } else {
@@ -159,7 +160,7 @@ private:
   // JSON is compared member by member, but for what is kept because it may be another one.
   void writeAnswer(std::size_t number) {
     const Recorded &request = _recorder._requests[number];
-    const Json answer = Json::parse(request.text, nullptr, false);
+    const Json answer = actions::parseShallow<Json>(request.text);
     if (!answer.is_object()) {
       _text << "      text: " << inQuotes(request.text) << "\n";
       return;
@@ -215,7 +216,7 @@ private:
     const auto &requests = _recorder._requests;
     std::set<std::string> seen;
     for (std::size_t i = 0; i < requests.size(); ++i) {
-      const Json answer = Json::parse(requests[i].text, nullptr, false);
+      const Json answer = actions::parseShallow<Json>(requests[i].text);
       if (!answer.is_object()) {
         continue;
       }
@@ -232,7 +233,7 @@ private:
     return text.size() >= kShortestCapture
            && std::any_of(requests.begin() + static_cast<std::ptrdiff_t>(number) + 1,
                           requests.end(), [&text](const Recorded &later) {
-                            const Json params = Json::parse(later.params, nullptr, false);
+                            const Json params = actions::parseShallow<Json>(later.params);
                             return params.is_structured()
                                    && later.params.find(Json(text).dump(
                                           -1, ' ', false, Json::error_handler_t::replace))

@@ -175,6 +175,9 @@ Messages Runner::settle(std::size_t number, const Expectation &expectation,
   const Observed observed = _conversation.await(number);
   reported.output += observed.text + "\n";
   Messages messages = judge(expectation, observed, _variables);
+  if (!messages.empty() && observed.outcome == "connection-lost") {
+    append(messages, awaitEnd());
+  }
   append(messages, awaitLog(expectation));
   append(messages, awaitFindings(expectation));
   if (messages.empty()) {
@@ -190,6 +193,15 @@ bool Runner::hasArrived(const char *event, const char *member, const std::string
                        return arrived.name == event
                               && arrived.text(member).find(part) != std::string::npos;
                      });
+}
+
+// How the application ended, if that is why the connection was lost.
+Messages Runner::awaitEnd() {
+  Application &application = _stage.application();
+  const bool hasEnded =
+      application.isLaunched()
+      && _stage.waitUntil([&application] { return application.hasEnded(); }, kTimeToTell);
+  return hasEnded ? Messages{{"the application " + application.howItEnded(), ""}} : Messages();
 }
 
 Messages Runner::awaitLog(const Expectation &expectation) {

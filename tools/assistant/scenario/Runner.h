@@ -43,6 +43,7 @@ private:
   std::size_t send(const Call &call);
   Messages settle(std::size_t number, const Expectation &expectation,
                   const std::vector<Capture> &captures, report::Step &reported);
+  Messages awaitEnd();
   Messages awaitLog(const Expectation &expectation);
   Messages awaitFindings(const Expectation &expectation);
   bool hasArrived(const char *event, const char *member, const std::string &part) const;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/scenario/difference.h"
 
+#include "assistant/actions/parseShallow.h"
+
 #include <dtl/dtl.hpp>
 #include <nlohmann/json.hpp>
 
@@ -55,8 +57,8 @@ std::string compare(const Lines &expected, const Lines &actual) {
 } // namespace
 
 std::string difference(const std::string &expected, const std::string &actual) {
-  const auto before = nlohmann::json::parse(expected, nullptr, false);
-  const auto after = nlohmann::json::parse(actual, nullptr, false);
+  const auto before = actions::parseShallow<nlohmann::json>(expected);
+  const auto after = actions::parseShallow<nlohmann::json>(actual);
   if (before.is_structured() && after.is_structured() && before != after) {
     return compare(linesOf(pretty(before)), linesOf(pretty(after)));
   }

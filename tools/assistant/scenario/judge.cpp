@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/scenario/judge.h"
 
+#include "assistant/actions/parseShallow.h"
 #include "assistant/scenario/difference.h"
 
 #include <re2/re2.h>
@@ -22,8 +23,31 @@ std::string millisecondsText(double seconds) {
   return text.data();
 }
 
+std::string shortened(const std::string &text) {
+  return text.substr(0, kLongestQuote) + (text.size() > kLongestQuote ? "…" : "");
+}
+
 std::string quoted(const std::string &text) {
-  return "'" + text.substr(0, kLongestQuote) + (text.size() > kLongestQuote ? "…'" : "'");
+  return "'" + shortened(text) + "'";
+}
+
+// An answer is the application's text, everything else is a sentence of this program.
+std::string described(const Observed &observed) {
+  if (observed.text.empty()) {
+    return "'" + observed.outcome + "'";
+  }
+  return "'" + observed.outcome + "': "
+         + (observed.outcome == "answered" ? quoted(observed.text) : shortened(observed.text));
+}
+
+// Null when there is nothing.
+template <typename Value>
+const Value *valueAt(const Value &answer, const std::string &pointer) {
+  try {
+    return &answer.at(typename Value::json_pointer(pointer));
+  } catch (const typename Value::exception &) {
+    return nullptr;
+  }
 }
 
 std::string textOf(const Json &value) {
@@ -53,12 +77,12 @@ void judgeText(const Expectation &expectation, const Observed &observed, const V
 
 void judgeMember(const std::string &pointer, const Json &expected, const nlohmann::json &answer,
                  Messages &messages) {
-  const nlohmann::json::json_pointer place(pointer);
-  if (!answer.contains(place)) {
+  const nlohmann::json *const value = valueAt(answer, pointer);
+  if (value == nullptr) {
     messages.push_back({"the answer has nothing at " + pointer, textOf(answer)});
-  } else if (answer.at(place) != nlohmann::json(expected)) {
+  } else if (*value != nlohmann::json(expected)) {
     messages.push_back({"another value than expected (-) at " + pointer,
-                        difference(textOf(expected), textOf(answer.at(place)))});
+                        difference(textOf(expected), textOf(*value))});
   }
 }
 
@@ -67,9 +91,9 @@ void judgeJson(const Expectation &expectation, const Observed &observed, const V
   if (expectation.json.empty()) {
     return;
   }
-  const auto answer = nlohmann::json::parse(observed.text, nullptr, false);
+  const auto answer = actions::parseShallow<nlohmann::json>(observed.text);
   if (answer.is_discarded()) {
-    messages.push_back({"the answer is not JSON: " + quoted(observed.text), ""});
+    messages.push_back({"the answer is not JSON, or too deep: " + quoted(observed.text), ""});
     return;
   }
   for (const auto &[pointer, value] : expectation.json) {
@@ -103,13 +127,13 @@ Json valueOf(const Capture &capture, const std::string &text) {
   if (capture.pointer.empty()) {
     return text;
   }
-  const Json answer = Json::parse(text, nullptr, false);
-  const Json::json_pointer place(capture.pointer);
-  if (answer.is_discarded() || !answer.contains(place)) {
-    throw std::runtime_error(answer.is_discarded() ? "it is not JSON"
+  const Json answer = actions::parseShallow<Json>(text);
+  const Json *const value = answer.is_discarded() ? nullptr : valueAt(answer, capture.pointer);
+  if (value == nullptr) {
+    throw std::runtime_error(answer.is_discarded() ? "it is not JSON, or too deep"
                                                    : "it has nothing at " + capture.pointer);
   }
-  return answer.at(place);
+  return *value;
 }
 
 } // namespace
@@ -118,9 +142,7 @@ Messages judge(const Expectation &expectation, const Observed &observed,
                const Variables &variables) {
   Messages messages;
   if (observed.outcome != expectation.outcome) {
-    messages.push_back({"expected '" + expectation.outcome + "', got '" + observed.outcome + "'"
-                            + (observed.text.empty() ? "" : ": " + quoted(observed.text)),
-                        ""});
+    messages.push_back({"expected '" + expectation.outcome + "', got " + described(observed), ""});
     return messages;
   }
   judgeText(expectation, observed, variables, messages);

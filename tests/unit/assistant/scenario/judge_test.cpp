@@ -61,6 +61,16 @@ const std::vector<Judgement> kJudgements = {
        e.json = {{"/a/0", nullptr}};
      },
      R"({"a":[null]})", R"({"a":[]})", "nothing at /a/0"},
+    {"AnElementOfAList",
+     [](Expectation &e) {
+       e.json = {{"/99999999999999999999", 1}};
+     },
+     R"({"99999999999999999999":1})", "[]", "nothing at /99999999999999999999"},
+    {"ValuesThatTheStackHasRoomFor",
+     [](Expectation &e) {
+       e.json = {{"/0", 5}};
+     },
+     "[5]", std::string(1000000, '[') + std::string(1000000, ']'), "is not JSON, or too deep"},
     {"AnythingThatIsJson",
      [](Expectation &e) {
        e.json = {{"", 5}};
@@ -89,7 +99,7 @@ TEST(AnExpectation, OfAnotherOutcomeSaysWhatCameInstead) {
   const auto messages = judged(expectation, "no callback", "action-not-registered");
 
   ASSERT_EQ(messages.size(), 1U);
-  EXPECT_EQ(messages[0].text, "expected 'answered', got 'action-not-registered': 'no callback'");
+  EXPECT_EQ(messages[0].text, "expected 'answered', got 'action-not-registered': no callback");
 }
 
 TEST(AnExpectation, OfATimeHasBothBounds) {
@@ -139,6 +149,11 @@ TEST(ADifference, ComparesJsonMemberByMember) {
 
 TEST(ADifference, ShowsALineEndThatIsMissing) {
   EXPECT_EQ(difference("a\n", "a"), "-\"a\\n\"\n+\"a\"\n");
+}
+
+TEST(ADifference, TakesDeepJsonAsText) {
+  const std::string deep = std::string(1000000, '[') + std::string(1000000, ']');
+  EXPECT_EQ(difference("[]", deep), "-[]\n+" + deep + "\n");
 }
 
 TEST(ADifference, OfLongTextsIsNotComputed) {

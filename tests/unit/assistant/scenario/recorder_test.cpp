@@ -65,6 +65,15 @@ TEST_F(ARecording, KeepsParametersThatAreNoJson) {
   EXPECT_EQ(call(0).paramsText, "not JSON");
 }
 
+TEST_F(ARecording, KeepsDeepJsonAsText) {
+  const std::string deep = std::string(100000, '[') + std::string(100000, ']');
+  ask("a", deep);
+  answer(deep);
+
+  EXPECT_EQ(call(0).paramsText, deep);
+  EXPECT_EQ(call(0).expectation.text, deep);
+}
+
 TEST_F(ARecording, CapturesWhatALaterRequestSends) {
   ask("open", "{}");
   answer(R"({"session":"k4711","ok":true})");

@@ -2,6 +2,7 @@
 //
 // What came of using the application as users do, against what it declares.
 #include "assistant/actions/check.h"
+#include "assistant/actions/parseShallow.h"
 #include "assistant/certify/Examination.h"
 #include "assistant/certify/Verdicts.h"
 #include "assistant/certify/checks/checks.h"
@@ -81,7 +82,7 @@ void checkStateForm(Examination &examination, Verdicts &verdicts) {
   if (!reply.isAnswered()) {
     throw NotPossible("the state is not answered: see the check 'state-answered'");
   }
-  const actions::Json value = actions::Json::parse(reply.text, nullptr, false);
+  const actions::Json value = actions::parseShallow<actions::Json>(reply.text);
   if (value.is_discarded()) {
     verdicts.fail("the state is not JSON: '" + reply.text + "'");
     return;
