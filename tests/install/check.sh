@@ -72,6 +72,13 @@ find_package() { # CMAKE INSTALLATION [cmake option …]
   "$cmake" --build "$work/build"
   answers "lit, in C" "$work/build/lamp" "$work/build/ask"
   answers "lit, in C++" "$work/build/lamp-cpp" "$installation/bin/norix-assistant" state
+
+  # Its scenarios are tests: one that passes, and one that must not.
+  (cd "$work/build" && ctest -R '^lamp\.lamp$' --no-tests=error --output-on-failure)
+  if (cd "$work/build" && ctest -R '^lamp\.dark$' --no-tests=error --output-on-failure) >"$work/log" 2>&1; then
+    fail "a scenario that expects something else passes"
+  fi
+  grep -q '1 of 1 scenarios failed' "$work/log" || fail "it does not fail as it should: $(cat "$work/log")"
 }
 
 pkg_config() { # INSTALLATION CC CXX [compiler option …]

@@ -135,6 +135,19 @@ TEST_F(ThePlayer, EndsWellWhenItIsTerminated) {
   EXPECT_EQ(runAssistant({"state", kPlayer}).status, 3);
 }
 
+TEST(ThePlayersFolder, HasScenariosThatPass) {
+  const support::TemporaryRuntime runtime;
+  Screen screen(kWidth, kHeight);
+
+  const Outcome outcome =
+      runAssistant({"test", PLAYER_SCENARIOS, "--app", PLAYER_EXAMPLE, "--jobs", "3"},
+                   {{"DISPLAY", screen.display()}});
+
+  EXPECT_EQ(outcome.status, 0) << outcome.out << outcome.err;
+  EXPECT_THAT(outcome.out, testing::HasSubstr("3 scenarios: 3 passed"));
+  screen.close();
+}
+
 TEST(ThePlayersFolder, HasNothingWrong) {
   const Outcome outcome = runAssistant({"doctor", PLAYER_EXAMPLE});
 
