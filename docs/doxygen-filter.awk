@@ -2,7 +2,8 @@
 #
 # Makes a page of the project one of Doxygen's: awk -f doxygen-filter.awk PAGE. In a page, a link
 # names a file and a heading; Doxygen wants names that are unique in all pages. Links to what is no page of
-# build/docs/pages become plain text.
+# build/docs/pages become plain text. The README's headings get no names: they would stand among the pages
+# in the table of contents.
 
 # "docs/../a/./b.md" → "a/b.md"
 function normal(path,    parts, n, i, out, depth) {
@@ -87,5 +88,6 @@ BEGIN {
 /^```/ { inside = !inside; sub(/^```console/, "```"); print; next }
 inside { print; next }
 /^# / { print $0 " {#" (page == "README.md" ? "mainpage" : name_of(page)) "}"; next }
+/^##+ / && page == "README.md" { print; next }
 /^##+ / { heading = $0; sub(/^#+ /, "", heading); print $0 " {#" name_of(page) "_" slug(heading) "}"; next }
 { gsub(/src="docs\//, "src=\""); print code(links($0)) }
