@@ -14,6 +14,7 @@
  * |---|---|
  * | norix::Assistant | initialises the library, and holds the callables |
  * | norix::Request | a request to answer later |
+ * | norix::Timer | something to do later, on the main loop |
  * | norix::Action, norix::State | an action's id; what is declared |
  * | norix::Outcome | what became of an answer |
  * | norix::Error, norix::Result | failures |
@@ -39,5 +40,6 @@
 #include <norix/Outcome.hpp>
 #include <norix/Request.hpp>
 #include <norix/State.hpp>
+#include <norix/Timer.hpp>
 
 #endif

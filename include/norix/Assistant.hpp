@@ -163,18 +163,16 @@ private:
     return *_registry;
   }
 
-  void fail(std::optional<Error> error) {
+  void fail(const std::optional<Error> &error) {
     if (!error.has_value()) {
       return;
     }
-#ifdef __cpp_exceptions
-    throw *std::move(error);
-#else
-    dlog_print(DLOG_ERROR, detail::kLogTag, "%s", error->what());
+#ifndef __cpp_exceptions
     if (!_failure.has_value()) {
-      _failure = std::move(error);
+      _failure = error;
     }
 #endif
+    detail::raise(*error);
   }
 
   std::unique_ptr<detail::Registry> _registry;

@@ -3,6 +3,7 @@
 #define NORIX_ERROR_HPP
 
 #include <norix.h>
+#include <norix/detail/log.hpp>
 
 #include <stdexcept>
 #include <string>
@@ -78,6 +79,20 @@ private:
 #ifdef __clang__
 #pragma clang diagnostic pop
 #endif
+
+namespace detail {
+
+#ifdef __cpp_exceptions
+[[noreturn]] inline void raise(const Error &error) {
+  throw error;
+}
+#else
+inline void raise(const Error &error) {
+  dlog_print(DLOG_ERROR, kLogTag, "%s", error.what());
+}
+#endif
+
+} // namespace detail
 
 /**
  * @brief A value, or the Error that stands in its place: for applications without exceptions.

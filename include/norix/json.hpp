@@ -30,6 +30,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace norix {
 
@@ -47,6 +48,22 @@ struct TextOf<
 };
 
 } // namespace detail
+
+/**
+ * @brief The form of a JSON object with these members, as a JSON Schema: for State::form().
+ * @details Other members are not expected; a std::optional member, and one with a default, may be
+ * left out.
+ * @code
+ * assistant.onState([&lamp] { return lamp.toJson(); },
+ *                   norix::State("Whether the lamp is on, and how bright")
+ *                       .form(norix::formOf(norix::param<bool>("on"),
+ *                                           norix::param<int>("brightness").range(0, 100))));
+ * @endcode
+ */
+template <class... Values>
+std::string formOf(Param<Values>... members) {
+  return detail::Form<Values...>({std::move(members)...}).schema();
+}
 
 /**
  * @brief Prints the declarations when the program was started for them, at build time.

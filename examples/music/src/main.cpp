@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Music: an application as one would write it, its state and actions in a class, driven by voice
-// through another one. What is particular about each action stands in VoiceControl.cpp.
+// Music: an application as one would write it, its state in a class that knows nothing of voices.
+// What is particular about each action stands in VoiceControl.cpp.
 #include "Player.h"
 #include "VoiceControl.h"
 
 #include <dlog.h>
 #include <norix/json.hpp>
+#include <optional>
 #include <service_app.h>
 #include <string_view>
 
@@ -14,25 +15,26 @@ namespace {
 
 /** @brief The application: what lives from create to terminate. */
 struct Music {
-  Player player;
-  VoiceControl voice{player};
+  Player player{};
+  std::optional<norix::Assistant> assistant{};
 };
 
 // The main loop exists by now, which the library needs. After false the application ends without
 // terminate.
 bool create(void *userData) {
+  auto &[player, assistant] = *static_cast<Music *>(userData);
   try {
-    static_cast<Music *>(userData)->voice.start();
-    return true;
+    letDrive(assistant.emplace(), player);
   } catch (const norix::Error &error) {
     dlog_print(DLOG_ERROR, "MUSIC", "%s", error.what());
-    return false;
+    assistant.reset();
   }
+  return assistant.has_value();
 }
 
 // The main loop still exists here, which the library needs, and is gone in main().
 void terminate(void *userData) {
-  static_cast<Music *>(userData)->voice.stop();
+  static_cast<Music *>(userData)->assistant.reset();
 }
 
 // "--allow-list FOLDER/": takes the list of who may send requests from another folder than the
@@ -49,7 +51,7 @@ void readArguments(int argc, char **argv) {
 
 int main(int argc, char **argv) {
   Music music;
-  const auto drive = [&music](norix::Assistant &assistant) { music.voice.registerAll(assistant); };
+  const auto drive = [&music](norix::Assistant &assistant) { letDrive(assistant, music.player); };
   if (norix::printsDeclarations(argc, argv, drive)) { // For the build.
     return 0;
   }

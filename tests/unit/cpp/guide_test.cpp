@@ -77,7 +77,8 @@ TEST_P(TheGuide, AnswersAlsoWhenThereIsNoTimer) {
   assistant.asksForAction("musicNext", 1);
 
   EXPECT_THAT(assistant.responses(),
-              ResponsesAre({fake::actionAnswer("The next track cannot be loaded", 1)}));
+              ResponsesAre({fake::actionAnswer(
+                  isInC() ? "The next track cannot be loaded" : "musicNext failed", 1)}));
 }
 
 TEST_P(TheGuide, WorksOnAThread) {

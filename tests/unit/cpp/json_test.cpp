@@ -388,6 +388,18 @@ TEST(Declarations, SayWhatWasRegistered) {
       << declared.dump(2);
 }
 
+TEST(Declarations, OfAStateTakeItsFormFromParameters) {
+  const std::string form =
+      norix::formOf(param<bool>("playing"), param<std::optional<int>>("volume").range(0, 100));
+
+  EXPECT_EQ(nlohmann::json::parse(form), nlohmann::json::parse(R"({
+    "type": "object",
+    "properties": {"playing": {"type": "boolean"},
+                   "volume": {"type": "integer", "minimum": 0, "maximum": 100}},
+    "required": ["playing"],
+    "additionalProperties": false})"));
+}
+
 TEST(Declarations, ArePrintedWhenTheProgramWasStartedForThem) {
   const char *arguments[] = {"music", "--norix-declarations"};
   testing::internal::CaptureStdout();
