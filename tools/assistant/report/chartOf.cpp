@@ -2,6 +2,7 @@
 #include "assistant/report/Chart.h"
 
 #include "assistant/trace/Timeline.h"
+#include "assistant/trace/logTexts.h"
 #include "assistant/trace/names.h"
 
 #include <algorithm>
@@ -45,8 +46,18 @@ std::optional<Begun> beginningOf(const Event &event) {
   return std::nullopt;
 }
 
+// Whether the library has done with the request: it was answered, by the application or by itself.
+bool endsRequest(const Event &event) {
+  if (event.name == "call") {
+    return trace::isAnswer(event.text("function"));
+  }
+  const trace::LogKind kind =
+      event.name == "log" ? trace::meaningOf(event).kind : trace::LogKind::Other;
+  return kind == trace::LogKind::TimedOut || kind == trace::LogKind::NotRegistered;
+}
+
 std::string endedBy(const Event &event) {
-  if (event.name == "call" && trace::isAnswer(event.text("function"))) {
+  if (endsRequest(event)) {
     return "library";
   }
   if (event.name == "callback-left") {
@@ -77,17 +88,23 @@ public:
 private:
   void see(const Event &event) {
     const std::optional<std::string> line = _timeline.line(event);
-    const auto open = _open.find(endedBy(event));
-    if (open != _open.end()) {
-      _chart.marks[open->second].end = event.time;
-      _open.erase(open);
-    }
+    end(endedBy(event), event.time);
     if (const std::optional<Begun> begun = beginningOf(event)) {
+      // A newer request takes the place of an older one.
+      end(begun->key, event.time);
       // What the end never comes for lasts until the end of the chart.
       _open[begun->key] = _chart.marks.size();
       _chart.marks.push_back({begun->lane, event.time, _chart.end, line.value_or(event.name)});
     } else if (line) {
       _chart.marks.push_back({laneOf(event), event.time, event.time, *line});
+    }
+  }
+
+  void end(const std::string &key, std::uint64_t time) {
+    const auto open = _open.find(key);
+    if (open != _open.end()) {
+      _chart.marks[open->second].end = time;
+      _open.erase(open);
     }
   }
 

@@ -52,6 +52,21 @@ TEST(AChart, LetsWhatNeverEndsLastUntilItsEnd) {
   EXPECT_THAT(stretchesIn(chartOf(events), "library"), ElementsAre(Stretch{2, 18}));
 }
 
+TEST(AChart, EndsARequestThatTheLibraryAnswersOrThatANewerOneReplaces) {
+  const auto received = [](std::uint64_t milliseconds) {
+    return eventAt(milliseconds, "received", {{"action", "musicSing"}, {"requestId", "7"}});
+  };
+  const auto timedOut =
+      eventAt(9, "log",
+              {{"tag", "NORIX-APPSDK"},
+               {"function", "f"},
+               {"text", "action execution timed out. Failed to execute action."}});
+
+  EXPECT_THAT(stretchesIn(chartOf({received(0), received(4), timedOut, eventAt(12, "exit", {})}),
+                          "library"),
+              ElementsAre(Stretch{0, 4}, Stretch{4, 5}));
+}
+
 // The x of every element with this name and class, by a regular expression.
 std::vector<double> numbersOf(const std::string &svg, const std::string &pattern) {
   const std::regex expression(pattern);

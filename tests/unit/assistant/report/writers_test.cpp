@@ -149,10 +149,26 @@ TEST(TheHtmlReport, IsOnePageThatNeedsNothingElse) {
   const std::string page = written(makeHtmlWriter, everything());
 
   EXPECT_THAT(page, StartsWith("<!DOCTYPE html>"));
-  EXPECT_THAT(page,
-              AllOf(Not(HasSubstr("<script")), Not(HasSubstr("http")), Not(HasSubstr("src="))));
-  EXPECT_THAT(page, HasSubstr("<details class=\"failed\" open>"));
-  EXPECT_THAT(page, HasSubstr("<details class=\"passed\">"));
+  EXPECT_THAT(page, AllOf(Not(HasSubstr("<script")), Not(HasSubstr("http:")),
+                          Not(HasSubstr("https:")), Not(HasSubstr("src="))));
+  EXPECT_THAT(page, HasSubstr("content=\"default-src 'none'; "));
+}
+
+TEST(TheHtmlReport, OpensWhatFailedAndLeadsToIt) {
+  const std::string page = written(makeHtmlWriter, everything());
+
+  EXPECT_THAT(page, HasSubstr("<details class=\"case failed\" open>"));
+  EXPECT_THAT(page, HasSubstr("<details class=\"step failed\" id=\"case1-2\" open>"));
+  EXPECT_THAT(page, HasSubstr("<details class=\"step passed\" id=\"case1-1\">"));
+  EXPECT_THAT(page, HasSubstr("<a href=\"#case1-2\">Volume # 40 &lt;loud&gt;: run</a>"));
+  EXPECT_THAT(page, HasSubstr("<a href=\"#case2-1\">Does not start: start</a>"));
+}
+
+TEST(TheHtmlReport, MarksDifferences) {
+  const std::string page = written(makeHtmlWriter, everything());
+
+  EXPECT_THAT(page, HasSubstr("<span class=\"missed\">-expected</span>\n"
+                              "<span class=\"came\">+came "));
 }
 
 TEST(TheHtmlReport, EscapesWhatOthersSent) {
