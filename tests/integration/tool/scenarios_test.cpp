@@ -207,6 +207,81 @@ TEST_F(TheTestCommand, RecordsUntilItIsInterrupted) {
   EXPECT_EQ(runAssistant({"launch", "--stop", kMusic}).status, 0);
 }
 
+// What an agent's client sends; the bridge ends with its input.
+Process bridgeWith(const std::vector<json> &messages, std::vector<std::string> options) {
+  options.insert(options.begin(), {"mcp", MUSIC_EXAMPLE});
+  Process bridge = startAssistant(options);
+  for (const json &message : messages) {
+    bridge.writeLine(message.dump());
+    EXPECT_EQ(json::parse(bridge.readLine()).at("id"), message.at("id"));
+  }
+  return bridge;
+}
+
+json requestOf(int id, const std::string &method, const json &params) {
+  return {{"jsonrpc", "2.0"}, {"id", id}, {"method", method}, {"params", params}};
+}
+
+json callOf(int id, const std::string &tool, const json &arguments = json::object()) {
+  return requestOf(id, "tools/call", {{"name", tool}, {"arguments", arguments}});
+}
+
+const std::vector<json> kSession = {
+    requestOf(0, "initialize",
+              {{"protocolVersion", "2025-11-25"}, {"capabilities", json::object()}}),
+    callOf(1, "music_musicVolume", {{"volume", 70}}),
+    callOf(2, "music_musicVolume", {{"volume", "loud"}}), // Refused: nothing is sent.
+    callOf(3, "music_musicNext"),
+    callOf(4, "music_state"),
+};
+
+TEST_F(TheTestCommand, PlaysWhatAnAgentDid) {
+  const std::string file = runtime.write("agent.yaml", "");
+
+  const Outcome bridge = bridgeWith(kSession, {"--launch", "--record", file}).finish();
+  const Outcome played = runAssistant({"test", file, "--json"});
+
+  EXPECT_EQ(bridge.status, 0);
+  EXPECT_THAT(bridge.err, HasSubstr("3 requests"));
+  EXPECT_EQ(played.status, 0) << support::contentOf(file) << played.out;
+  EXPECT_THAT(played.out, AllOf(HasSubstr("musicVolume"), HasSubstr("musicNext")));
+}
+
+TEST_F(TheTestCommand, FailsWhenTheApplicationDoesNotDoWhatItDidForTheAgent) {
+  const std::string file = runtime.write("agent.yaml", "");
+  bridgeWith(kSession, {"--launch", "--record", file}).finish();
+  std::string recorded = support::contentOf(file);
+  recorded.replace(recorded.find("The volume is 70"), 16, "The volume is 71");
+
+  EXPECT_EQ(runAssistant({"test", runtime.write("agent.yaml", recorded)}).status, kFailed);
+}
+
+TEST_F(TheTestCommand, RecordsASessionThatASignalEnds) {
+  const std::string file = runtime.write("agent.yaml", "");
+  Process bridge = bridgeWith(kSession, {"--launch", "--record", file});
+
+  bridge.signal(SIGTERM);
+  bridge.wait();
+
+  EXPECT_THAT(support::contentOf(file), HasSubstr("- state:"));
+}
+
+TEST_F(TheTestCommand, LeavesTheFileAloneWhenAnAgentOnlyLooks) {
+  const std::string file = runtime.write("agent.yaml", "as it was");
+
+  bridgeWith({kSession.front(), requestOf(1, "tools/list", json::object())}, {"--record", file})
+      .finish();
+
+  EXPECT_EQ(support::contentOf(file), "as it was");
+}
+
+TEST_F(TheTestCommand, RecordsOneApplicationOfAnAgent) {
+  EXPECT_EQ(runAssistant({"mcp", MUSIC_EXAMPLE, "org.example.b", "--record", "x.yaml"}).status,
+            kWrongUsage);
+  EXPECT_EQ(runAssistant({"mcp", MUSIC_EXAMPLE, "--record", "/no/such/folder/x.yaml"}).status,
+            kWrongUsage);
+}
+
 TEST_F(TheTestCommand, RecordsOnlyWhatWasLaunched) {
   EXPECT_EQ(runAssistant({"record", "x.yaml", kMusic}).status, 3);
 }

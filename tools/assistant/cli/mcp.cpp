@@ -4,17 +4,21 @@
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
 #include "assistant/cli/exchangeOptions.h"
+#include "assistant/cli/saveText.h"
 #include "assistant/client/MainLoop.h"
+#include "assistant/client/words.h"
 #include "assistant/launch/Child.h"
 #include "assistant/mcp/Bridge.h"
 #include "assistant/mcp/clients.h"
 #include "assistant/mcp/preview.h"
+#include "assistant/scenario/Recorder.h"
 #include "assistant/trace/visible.h"
 
 #include <cstdlib>
 #include <fcntl.h>
 #include <map>
 #include <memory>
+#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -31,6 +35,7 @@ struct McpOptions {
   bool consents = false;
   bool checks = false;
   std::string client;
+  std::string recording;
 };
 
 // A folder is named by a path; anything else is an id, of an application that need not be there
@@ -80,6 +85,56 @@ int takeStandardOutput() {
   return output;
 }
 
+/// Writes what the agent had an application do as a scenario, when the session has ended. A session
+/// without a request leaves the file as it is: some clients start a bridge only to look at it.
+class Recording {
+public:
+  Recording(const McpOptions &options, const mcp::Offered &application)
+      : _file(fs::absolute(options.recording)),
+        _folder(application.folder.empty() ? fs::path() : fs::absolute(application.folder)),
+        _senderId(options.senderId) {
+    if (access(_file.parent_path().c_str(), W_OK) != 0) {
+      throw UsageError("--record cannot write into '" + _file.parent_path().string() + "'");
+    }
+  }
+
+  void add(const Request &request, const Response &response, double seconds) {
+    scenario::Recorder::Recorded exchange;
+    exchange.sender = _senderId;
+    exchange.action = request.actionId;
+    exchange.type = request.actionType;
+    exchange.params = request.actionParams;
+    exchange.outcome = wordOf(response);
+    exchange.text = response.text();
+    exchange.seconds = seconds;
+    _recorder.add(std::move(exchange));
+  }
+
+  void save(const Console &console) const {
+    if (_recorder.requests() > 0) {
+      saveText(_file, _recorder.write(_folder));
+      console.say(_file.string() + ": " + std::to_string(_recorder.requests()) + " requests");
+    }
+  }
+
+private:
+  fs::path _file;
+  fs::path _folder;
+  std::string _senderId;
+  scenario::Recorder _recorder;
+};
+
+std::optional<Recording> recordingFor(const McpOptions &options,
+                                      const std::vector<mcp::Offered> &applications) {
+  if (options.recording.empty()) {
+    return std::nullopt;
+  }
+  if (applications.size() != 1) {
+    throw UsageError("--record takes one application: a scenario is about one");
+  }
+  return Recording(options, applications.front());
+}
+
 Ending serve(const McpOptions &options, Console &console) {
   mcp::Bridge::Settings settings;
   settings.applications = offeredBy(options);
@@ -102,11 +157,22 @@ Ending serve(const McpOptions &options, Console &console) {
   };
   settings.releaseTurn = [&turns](const std::string &appId) { turns.erase(appId); };
 
+  std::optional<Recording> recording = recordingFor(options, settings.applications);
+  if (recording) {
+    settings.answered = [&recording](const Request &request, const Response &response,
+                                     double seconds) {
+      recording->add(request, response, seconds);
+    };
+  }
+
   setenv("AUL_APPID", options.senderId.c_str(), 1);
   setenv("DLOG_FILTER", "*:S", 0);
   const int output = takeStandardOutput();
   const MainLoop loop;
   mcp::Bridge(std::move(settings), STDIN_FILENO, output).run();
+  if (recording) {
+    recording->save(console);
+  }
   return {};
 }
 
@@ -136,6 +202,9 @@ Ending printConfig(const McpOptions &options, const Console &console) {
       arguments.emplace_back(flag);
     }
   }
+  if (!options.recording.empty()) {
+    arguments.insert(arguments.end(), {"--record", fs::absolute(options.recording).string()});
+  }
   const mcp::ClientConfig config = mcp::clientConfig(options.client, arguments);
   console.say("for " + config.place);
   Ending ending;
@@ -158,6 +227,7 @@ void addMcp(Program &program) {
       program.add("mcp", "Offers applications to an agent, as tools of the Model Context Protocol",
                   {"norix-assistant mcp build/dev/examples/light --launch",
                    "norix-assistant mcp build/dev/examples/music --check",
+                   "norix-assistant mcp build/dev/examples/music --launch --record music.yaml",
                    "norix-assistant mcp build/dev/examples/light --launch --print-config cursor"},
                   [options](Console &console) { return run(*options, console); });
   command.add_option("APP|DIR", options->applications, "Applications, by id or folder")->required();
@@ -170,6 +240,10 @@ void addMcp(Program &program) {
   command.add_option("--print-config", options->client, "Print the configuration of a client")
       ->type_name("CLIENT")
       ->check(CLI::IsMember(mcp::knownClients()));
+  command
+      .add_option("--record", options->recording,
+                  "Write the session as a scenario, for norix-assistant test")
+      ->type_name("FILE");
   command.add_option("--id", options->senderId, "The app id to send as")
       ->type_name("APPID")
       ->check(checkAppId, "")

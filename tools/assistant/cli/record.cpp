@@ -3,14 +3,12 @@
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
 #include "assistant/cli/exchangeOptions.h"
+#include "assistant/cli/saveText.h"
 #include "assistant/launch/Watch.h"
 #include "assistant/scenario/Recorder.h"
 
-#include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <ctime>
-#include <fstream>
 #include <memory>
 
 namespace norix::assistant::cli {
@@ -45,14 +43,6 @@ private:
   sigset_t _before = {};
 };
 
-void save(const std::string &file, const std::string &text) {
-  std::ofstream stream(file, std::ios::trunc);
-  stream << text << std::flush;
-  if (!stream) {
-    throw std::runtime_error("cannot write '" + file + "': " + std::strerror(errno));
-  }
-}
-
 Ending record(const RecordOptions &options, const Console &console) {
   constexpr int kPause = 100;
   Ending ending;
@@ -73,7 +63,7 @@ Ending record(const RecordOptions &options, const Console &console) {
       recorder.see(event);
     }
   }
-  save(options.file, recorder.write(folder ? folder->string() : ""));
+  saveText(options.file, recorder.write(folder ? folder->string() : ""));
   ending.text = options.file + ": " + std::to_string(recorder.requests()) + " requests";
   ending.facts = {{"file", options.file}, {"requests", recorder.requests()}};
   return ending;

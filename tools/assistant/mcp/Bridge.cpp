@@ -96,6 +96,7 @@ Bridge::Road &Bridge::roadTo(const std::string &appId) {
     settings.senderId = _settings.senderId;
     settings.takeTurn = [this, appId] { return _settings.takeTurn(appId); };
     settings.releaseTurn = [this, appId] { _settings.releaseTurn(appId); };
+    settings.answered = _settings.answered;
     for (const Offered &application : _settings.applications) {
       if (_settings.launch && application.appId == appId && !application.folder.empty()) {
         settings.launch = [this, application] { _settings.launch(application); };

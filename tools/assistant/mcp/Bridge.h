@@ -45,6 +45,8 @@ public:
     std::function<void(const Offered &)> launch; ///< Starts an application; may be empty.
     std::function<bool(const std::string &appId)> takeTurn; ///< See Link::Settings.
     std::function<void(const std::string &appId)> releaseTurn;
+    /// See Link::Settings; may be empty.
+    std::function<void(const Request &, const Response &, double seconds)> answered;
     std::function<void(const std::string &)> log;
   };
 

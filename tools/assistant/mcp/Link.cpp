@@ -83,6 +83,7 @@ void Link::registerAndSend() {
     _client->setCallback({});
     _client->send(_current->request);
     _current->sent = true;
+    _current->sentAt = std::chrono::steady_clock::now();
   } catch (const Error &error) {
     // Nothing of the request has left. A connection that ended while nobody looked is made again.
     if (error.failure() == Failure::Disconnected && !_current->reconnected) {
@@ -150,8 +151,17 @@ void Link::onAnswered(const Answer &answer) {
   if (!_current || answer.response.requestId() != _current->request.requestId) {
     return;
   }
+  report(answer.response);
   finish(answer.response.succeeded() ? Outcome{Outcome::Kind::Answered, answer.response.text()}
                                      : failureOutcome(answer.response, _settings.appId));
+}
+
+void Link::report(const Response &response) const {
+  if (_settings.answered) {
+    const std::chrono::duration<double> passed =
+        std::chrono::steady_clock::now() - _current->sentAt;
+    _settings.answered(_current->request, response, passed.count());
+  }
 }
 
 void Link::onLimit() {

@@ -6,6 +6,7 @@
 #include "assistant/client/Timer.h"
 #include "assistant/mcp/Work.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -28,6 +29,8 @@ public:
     /// sender id the library answers through the delegate that was registered last.
     std::function<bool()> takeTurn;
     std::function<void()> releaseTurn;
+    /// Told of every request that was answered, and after how many seconds; may be empty.
+    std::function<void(const Request &, const Response &, double seconds)> answered;
   };
 
   explicit Link(Settings settings);
@@ -41,6 +44,7 @@ private:
     Done done;
     std::unique_ptr<Timer> limit;
     bool sent = false;
+    std::chrono::steady_clock::time_point sentAt;
     bool launched = false;
     bool reconnected = false;
   };
@@ -54,6 +58,7 @@ private:
   void launchOrFail();
   void onLimit();
   void fail(const Error &error);
+  void report(const Response &response) const;
   void finish(const Outcome &outcome);
 
   Settings _settings;

@@ -10,7 +10,9 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 #include <sstream>
+#include <utility>
 
 namespace norix::assistant::scenario {
 namespace {
@@ -45,7 +47,7 @@ void Recorder::see(const trace::Event &event) {
              && event.number("result") == 0) {
     finish("answered", event.text("text"), event.time);
   } else if (event.name == "finding") {
-    _findings.insert(event.text("finding"));
+    _allowsFindings = true;
   } else if (event.name == "log") {
     seeLog(event);
   }
@@ -63,6 +65,11 @@ void Recorder::seeLog(const trace::Event &event) {
       finish(kind + "-not-registered", "", event.time);
     }
   }
+}
+
+void Recorder::add(Recorded exchange) {
+  _requests.push_back(std::move(exchange));
+  _allowsFindings = true;
 }
 
 // Only the newest request can come to anything, and only once.
@@ -87,7 +94,7 @@ public:
       _text << "application: {folder: " << inQuotes(folder) << "}\n";
     }
     writeSenders();
-    if (!_recorder._findings.empty()) {
+    if (_recorder._allowsFindings) {
       _text << "findings: any\n";
     }
     _text << "steps:\n";

@@ -5,7 +5,6 @@
 #include "assistant/trace/Event.h"
 
 #include <cstdint>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -18,8 +17,25 @@ namespace norix::assistant::scenario {
 /// sends, becomes a capture: it may be another one next time.
 class Recorder {
 public:
+  /// What the application was asked, and what came of it.
+  struct Recorded {
+    std::string sender;
+    std::string action;
+    std::string type;
+    std::string params;
+    // Until something comes of it, it counts as replaced by the next one.
+    std::string outcome = "superseded";
+    std::string text;
+    double seconds = 0.0;
+    std::uint64_t received = 0; ///< The time of the event; only while its end is to come.
+  };
+
   /// The events of the application, in the order in which they happened.
   void see(const trace::Event &event);
+
+  /// An exchange as its sender saw it. Of the application's mistakes a sender knows nothing, so
+  /// they are allowed when the scenario is played.
+  void add(Recorded exchange);
 
   std::size_t requests() const { return _requests.size(); }
 
@@ -28,24 +44,12 @@ public:
   std::string write(const std::string &folder) const;
 
 private:
-  struct Recorded {
-    std::string sender;
-    std::string action;
-    std::string type;
-    std::string params;
-    std::uint64_t received = 0;
-    // Until something comes of it, it counts as replaced by the next one.
-    std::string outcome = "superseded";
-    std::string text;
-    double seconds = 0.0;
-  };
-
   void seeLog(const trace::Event &event);
   void finish(const std::string &outcome, const std::string &text, std::uint64_t time);
 
   std::string _sender;
   std::vector<Recorded> _requests;
-  std::set<std::string> _findings;
+  bool _allowsFindings = false;
 
   friend class RecordingWriter;
 };
