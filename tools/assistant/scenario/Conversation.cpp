@@ -11,8 +11,8 @@ namespace {
 using Json = Frames::Json;
 
 constexpr const char *kAnswered = "answered";
-// How long a sender may take to make sure that nothing is on its way to it, and to notice the end
-// of the application. Only an application that does not run its loop takes as long.
+// How long an application may take to read what a sender has sent before it goes away, and a sender
+// to notice the end of the application. Only one that does not run its loop takes as long.
 constexpr double kSettling = 2.0;
 
 std::string describe(const std::string &action) {
@@ -147,12 +147,14 @@ void Conversation::transmit(Exchange &exchange, const Message &message) {
   for (const auto &[key, value] : message.keys) {
     keys[key] = value;
   }
-  const Observed sent = command(message.sender, {{"do", "send"},
-                                                 {"id", exchange.id},
-                                                 {"action", message.action},
-                                                 {"type", message.type},
-                                                 {"params", message.params},
-                                                 {"keys", std::move(keys)}});
+  const Observed sent = command(message.sender,
+                                {{"do", "send"},
+                                 {"id", exchange.id},
+                                 {"action", message.action},
+                                 {"type", message.type},
+                                 {"params", message.params},
+                                 {"keys", std::move(keys)}},
+                                _seconds);
   if (sent.outcome != kAnswered) {
     finish(exchange, sent.outcome, sent.text, sent.end);
     return;
@@ -167,7 +169,7 @@ void Conversation::transmit(Exchange &exchange, const Message &message) {
 
 Observed Conversation::execute(const std::string &sender, const std::string &what) {
   Line &line = _lines[sender];
-  Observed observed = command(sender, {{"do", what}});
+  Observed observed = command(sender, {{"do", what}}, _seconds);
   const bool isDone = observed.outcome == kAnswered;
   _stage.note({{"says", sender + ": " + what + (isDone ? "" : ": " + observed.text)}},
               observed.end);
@@ -181,7 +183,7 @@ Observed Conversation::execute(const std::string &sender, const std::string &wha
 }
 
 // Has a sender do something, and waits until it is done.
-Observed Conversation::command(const std::string &name, Json command) {
+Observed Conversation::command(const std::string &name, Json command, double seconds) {
   Sender &sender = _stage.sender(name);
   if (sender.isStopped()) {
     throw std::runtime_error("the sender '" + name
@@ -196,15 +198,14 @@ Observed Conversation::command(const std::string &name, Json command) {
   Observed observed;
   observed.begin = trace::monotonicNow();
   (void)sender.send(command);
-  if (_stage.waitUntil([&line] { return line.done.has_value(); }, _seconds)) {
+  if (_stage.waitUntil([&line] { return line.done.has_value(); }, seconds)) {
     observed.end = line.done->at("t").get<std::uint64_t>();
     observed.outcome = line.done->value("outcome", kAnswered);
     observed.text = line.done->value("says", std::string());
   } else {
     observed.end = trace::monotonicNow();
     observed.outcome = what == "connect" ? "busy" : "no-answer";
-    observed.text =
-        "'" + _stage.application().id() + "' did not react within " + timeText(_seconds);
+    observed.text = "'" + _stage.application().id() + "' did not react within " + timeText(seconds);
   }
   return observed;
 }
@@ -213,16 +214,27 @@ Observed Conversation::command(const std::string &name, Json command) {
 void Conversation::settleOthers(const std::string &sender) {
   for (const Exchange &exchange : _exchanges) {
     if (!exchange.isDone && exchange.sender != sender) {
-      settle(exchange.sender);
+      settle(exchange.sender, _seconds);
     }
   }
 }
 
+// Otherwise a later request of another sender might arrive before it.
+void Conversation::deliver(const std::string &sender) {
+  const bool isWaiting =
+      std::any_of(_exchanges.begin(), _exchanges.end(), [&sender](const Exchange &exchange) {
+        return !exchange.isDone && exchange.sender == sender;
+      });
+  if (isWaiting) {
+    settle(sender, std::min(_seconds, kSettling));
+  }
+}
+
 // Has the application read all that the sender has sent, and takes what it has answered by then.
-void Conversation::settle(const std::string &name) {
+void Conversation::settle(const std::string &name, double seconds) {
   const Line &line = _lines[name];
   if (line.isRegistered && !_stage.sender(name).isStopped() && !_stage.application().isStopped()) {
-    (void)command(name, {{"do", "settle"}});
+    (void)command(name, {{"do", "settle"}}, seconds);
   }
 }
 
@@ -235,7 +247,7 @@ Observed Conversation::await(std::size_t number) {
   const auto isDone = [this, number] { return _exchanges[number].isDone; };
   (void)_stage.waitUntil([&] { return isDone() || isSuperseded(number); }, _seconds);
   if (!isDone() && isSuperseded(number)) {
-    settle(_exchanges[number].sender);
+    settle(_exchanges[number].sender, _seconds);
     finish(_exchanges[number], "superseded", "a newer request took the place of this one",
            trace::monotonicNow());
   }

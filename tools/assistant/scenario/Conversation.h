@@ -49,6 +49,8 @@ public:
 
   /// "connect", "register", "unregister" or "disconnect".
   Observed execute(const std::string &sender, const std::string &what);
+  /// Has the application read all that a sender has sent, before the sender goes away.
+  void deliver(const std::string &sender);
   /// The sender's process was killed: what it has asked for is lost.
   void forget(const std::string &sender);
   /// Waits until every sender knows that the application has gone away.
@@ -77,12 +79,12 @@ private:
   void loseAll(const std::string &sender, const std::string &why);
   std::optional<Observed> prepare(const std::string &sender);
   void settleOthers(const std::string &sender);
-  void settle(const std::string &sender);
+  void settle(const std::string &sender, double seconds);
   bool isSuperseded(std::size_t number) const;
   void transmit(Exchange &exchange, const Message &message);
   void finish(Exchange &exchange, const std::string &outcome, const std::string &text,
               std::uint64_t time);
-  Observed command(const std::string &sender, Frames::Json command);
+  Observed command(const std::string &sender, Frames::Json command, double seconds);
 
   Stage &_stage;
   double _seconds;

@@ -70,6 +70,7 @@ Messages Runner::controlSender(const Control &control, report::Step &reported) {
   Sender &sender = _stage.sender(control.target);
   switch (control.what) {
   case What::Kill:
+    _conversation.deliver(control.target);
     sender.kill();
     _conversation.forget(control.target);
     return {};
