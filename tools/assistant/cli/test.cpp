@@ -241,7 +241,7 @@ void addSelection(CLI::App &command, scenario::Selection &selection) {
       ->type_name("EXPRESSION");
   command.add_option("--repeat", selection.repeat, "Plays everything so many times")
       ->type_name("N")
-      ->check(CLI::Range(1, 1000000));
+      ->check(CLI::Range(1, 10000));
   command
       .add_option("--shard", selection.shard,
                   "Plays the I-th of N parts, to divide scenarios among machines")

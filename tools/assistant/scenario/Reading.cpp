@@ -15,13 +15,25 @@ namespace {
 
 // Beyond a day somebody has confused the unit.
 constexpr double kLongest = 86400.0;
+// The shortest time to give up after.
+constexpr double kShortest = 0.001;
 
 std::string listed(const std::vector<std::string> &words) {
+  constexpr std::size_t kMost = 40;
   std::string text;
-  for (const std::string &word : words) {
-    text += (text.empty() ? "" : ", ") + word;
+  for (std::size_t i = 0; i < std::min(words.size(), kMost); ++i) {
+    text += (text.empty() ? "" : ", ") + words[i];
   }
-  return text;
+  return text + (words.size() > kMost ? ", …" : "");
+}
+
+// A number in JSON that no double holds. It would be sent as a text.
+bool isOutOfRange(const std::string &text) {
+  const bool isNumber = !text.empty() && (text[0] == '-' || (text[0] >= '0' && text[0] <= '9'));
+  double number = 0.0;
+  const char *const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  return isNumber && rest == end && error == std::errc::result_out_of_range;
 }
 
 struct Unit {
@@ -68,6 +80,9 @@ std::string Reading::plainText(const YamlNode &node, const std::string &what) co
 std::string Reading::text(const YamlNode &node, const std::string &what) const {
   std::string text = plainText(node, what);
   checkNames(node);
+  if (text.find('\0') != std::string::npos) {
+    fail(node, "a text with a NUL character: what follows it would not be sent; take it out");
+  }
   return text;
 }
 
@@ -87,6 +102,7 @@ std::vector<std::string> Reading::texts(const YamlNode &node, const std::string 
 
 Json Reading::value(const YamlNode &node) const {
   checkNames(node);
+  checkNumbers(node);
   return toJson(node);
 }
 
@@ -96,6 +112,14 @@ double Reading::seconds(const YamlNode &node) const {
     expected(node, "a time of at most a day: 200 ms, 1.5 s, 2 min, or a number of seconds");
   }
   return seconds;
+}
+
+double Reading::timeout(const YamlNode &node) const {
+  const double time = seconds(node);
+  if (time < kShortest) {
+    expected(node, "a time of at least 1 ms");
+  }
+  return time;
 }
 
 bool Reading::boolean(const YamlNode &node) const {
@@ -108,7 +132,7 @@ bool Reading::boolean(const YamlNode &node) const {
 std::string Reading::word(const YamlNode &node, const std::vector<std::string> &words) const {
   std::string text = plainText(node, "one of: " + listed(words));
   if (std::find(words.begin(), words.end(), text) == words.end()) {
-    fail(node, "expected one of: " + listed(words) + "; got '" + text + "'"
+    fail(node, "expected one of: " + listed(words) + "; got " + shown(text)
                    + actions::suggestion(text, words));
   }
   return text;
@@ -145,10 +169,10 @@ std::string Reading::pointer(const YamlNode &node) const {
 }
 
 void Reading::failUnknownName(const YamlNode &node, const std::string &name) const {
-  fail(node, "nothing is called '" + name + "' here"
+  fail(node, "nothing is called " + shown(name) + " here"
                  + actions::suggestion(name, {_variables.begin(), _variables.end()})
-                 + "; capture it in an earlier step, or give --set " + name
-                 + "=VALUE; write $${ for ${ itself");
+                 + "; capture it in an earlier step, or give it a value with --set NAME=VALUE; "
+                   "write $${ for ${ itself");
 }
 
 void Reading::checkNames(const YamlNode &node) const {
@@ -165,12 +189,24 @@ void Reading::checkNames(const YamlNode &node) const {
   }
 }
 
+void Reading::checkNumbers(const YamlNode &node) const {
+  if (node.isPlain && isOutOfRange(node.text)) {
+    fail(node, "the number " + shown(node.text) + " is out of range; in quotes it is a text");
+  }
+  for (const YamlNode &element : node.elements) {
+    checkNumbers(element);
+  }
+  for (const YamlMember &member : node.members) {
+    checkNumbers(member.value);
+  }
+}
+
 void refuseUnknown(const Reading &reading, const YamlNode &map,
                    const std::vector<std::string> &known) {
   for (const YamlMember &member : map.members) {
     const std::string &key = member.key.text;
     if (std::find(known.begin(), known.end(), key) == known.end()) {
-      reading.fail(member.key, "'" + key + "' is not known here" + actions::suggestion(key, known)
+      reading.fail(member.key, shown(key) + " is not known here" + actions::suggestion(key, known)
                                    + "; expected one of: " + listed(known));
     }
   }

@@ -35,6 +35,8 @@ public:
   Json value(const YamlNode &node) const;
   /// "200 ms", "1.5 s", "2 min", or a number of seconds.
   double seconds(const YamlNode &node) const;
+  /// The same, and more than nothing.
+  double timeout(const YamlNode &node) const;
   bool boolean(const YamlNode &node) const;
   /// One of these words.
   std::string word(const YamlNode &node, const std::vector<std::string> &words) const;
@@ -52,6 +54,7 @@ public:
 
 private:
   void checkNames(const YamlNode &node) const;
+  void checkNumbers(const YamlNode &node) const;
   [[noreturn]] void failUnknownName(const YamlNode &node, const std::string &name) const;
 
   std::string _file;

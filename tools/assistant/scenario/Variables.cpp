@@ -40,25 +40,56 @@ std::string onlyName(const std::string &text) {
   return names.size() == 1 && text == "${" + names.front() + "}" ? names.front() : "";
 }
 
+/// Puts values in the places of names, up to a bound: a value can be an answer of many megabytes,
+/// and its name stand in a thousand places.
+class Filling {
+public:
+  explicit Filling(const std::map<std::string, Json> &values) : _values(values) {}
+
+  std::string fill(const std::string &text) {
+    return replaceNames(text, [this](const std::string &name) { return spent(textOf(at(name))); });
+  }
+
+  Json fill(const Json &value) {
+    if (value.is_string()) {
+      const std::string text = value.get<std::string>();
+      const std::string name = onlyName(text);
+      return name.empty() ? Json(fill(text)) : (spent(textOf(at(name))), at(name));
+    }
+    Json filled = value;
+    if (value.is_structured()) {
+      for (Json &part : filled) {
+        part = fill(part);
+      }
+    }
+    return filled;
+  }
+
+private:
+  static constexpr std::size_t kLargest = std::size_t{16} << 20U;
+
+  const Json &at(const std::string &name) const { return _values.at(name); }
+
+  std::string spent(std::string text) {
+    if (text.size() > _left) {
+      throw std::length_error("with the values of its ${names} it is larger than 16 MiB");
+    }
+    _left -= text.size();
+    return text;
+  }
+
+  const std::map<std::string, Json> &_values;
+  std::size_t _left = kLargest;
+};
+
 } // namespace
 
 std::string Variables::fill(const std::string &text) const {
-  return replaceNames(text, [this](const std::string &name) { return textOf(_values.at(name)); });
+  return Filling(_values).fill(text);
 }
 
 Json Variables::fill(const Json &value) const {
-  if (value.is_string()) {
-    const std::string text = value.get<std::string>();
-    const std::string name = onlyName(text);
-    return name.empty() ? Json(fill(text)) : _values.at(name);
-  }
-  Json filled = value;
-  if (value.is_structured()) {
-    for (Json &part : filled) {
-      part = fill(part);
-    }
-  }
-  return filled;
+  return Filling(_values).fill(value);
 }
 
 std::vector<std::string> namesIn(const std::string &text) {

@@ -20,6 +20,7 @@ public:
 
   /// The text with its names filled in; values that are no texts stand there as JSON.
   /// @throw std::out_of_range for a name that has no value
+  /// @throw std::length_error when the values make it larger than 16 MiB
   std::string fill(const std::string &text) const;
   /// The value with the names in all its texts filled in. A text that is nothing but one ${name}
   /// becomes the value itself, whatever its type is.

@@ -6,6 +6,7 @@
 #include <yaml-cpp/mark.h>
 #include <yaml-cpp/parser.h>
 
+#include <algorithm>
 #include <set>
 #include <sstream>
 
@@ -16,6 +17,9 @@ using Json = nlohmann::ordered_json;
 
 // Deeper nesting than this is a mistake, or an attack on the stack.
 constexpr std::size_t kDeepest = 64;
+// More than somebody writes; reading a megabyte of nothing but commas takes seconds.
+constexpr std::size_t kMostValues = 100000;
+constexpr std::size_t kLongestShown = 80;
 
 Position positionOf(const YAML::Mark &mark) {
   return {mark.line + 1, mark.column + 1};
@@ -72,10 +76,13 @@ private:
     throw FileError(_file, positionOf(mark), text);
   }
   [[noreturn]] void refuseTag(const YAML::Mark &mark, const std::string &tag) const {
-    fail(mark, "tags ('" + tag + "') are not supported: take it out");
+    fail(mark, "tags (" + shown(tag) + ") are not supported: take it out");
   }
 
-  static YamlNode node(YamlNode::Kind kind, const YAML::Mark &mark) {
+  YamlNode node(YamlNode::Kind kind, const YAML::Mark &mark) {
+    if (++_count > kMostValues) {
+      fail(mark, "too large: " + std::to_string(kMostValues) + " values are the most");
+    }
     YamlNode made;
     made.kind = kind;
     made.position = positionOf(mark);
@@ -117,13 +124,14 @@ private:
       throw FileError(_file, key.position, "expected a name, got " + key.description());
     }
     if (!open.keys.insert(key.text).second) {
-      throw FileError(_file, key.position, "'" + key.text + "' stands here twice: keep one");
+      throw FileError(_file, key.position, shown(key.text) + " stands here twice: keep one");
     }
     open.key = std::move(key);
     open.hasKey = true;
   }
 
   const std::string &_file;
+  std::size_t _count = 0;
   YamlNode _root;
   std::vector<Open> _open;
 };
@@ -147,7 +155,17 @@ std::string YamlNode::description() const {
   case Kind::Scalar:
     break;
   }
-  return "'" + text + "'";
+  return shown(text);
+}
+
+std::string shown(const std::string &text) {
+  std::size_t length = std::min(text.size(), kLongestShown);
+  // Not in the middle of a character.
+  while (length > 0 && length < text.size()
+         && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+    --length;
+  }
+  return "'" + text.substr(0, length) + (length < text.size() ? "…'" : "'");
 }
 
 YamlNode parseYaml(const std::string &file, const std::string &text) {
@@ -186,7 +204,8 @@ nlohmann::ordered_json toJson(const YamlNode &node) {
   case YamlNode::Kind::Map:
     value = Json::object();
     for (const YamlMember &member : node.members) {
-      value[member.key.text] = toJson(member.value);
+      // They are known to differ: looking for each would take the square of their number.
+      value.get_ref<Json::object_t &>().emplace_back(member.key.text, toJson(member.value));
     }
     break;
   }

@@ -36,6 +36,9 @@ struct YamlMember {
   YamlNode value;
 };
 
+/// A text in quotes for a message: the beginning of it when it is long.
+std::string shown(const std::string &text);
+
 /// Reads a document. Keys are texts and stand in a map once; aliases, tags and further documents
 /// are refused: no scenario needs them, and each surprises somebody.
 /// @throw FileError

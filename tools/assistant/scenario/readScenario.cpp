@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <sys/stat.h>
 
 namespace norix::assistant::scenario {
@@ -16,17 +17,20 @@ namespace {
 namespace fs = std::filesystem;
 using Kind = YamlNode::Kind;
 
-constexpr std::size_t kLargestFile = std::size_t{16} << 20U;
+// The parser takes some 250 bytes of memory for a byte, at worst.
+constexpr std::size_t kLargestFile = std::size_t{2} << 20U;
 // What the library waits for an answer, and what an exchange may take longer than that.
 constexpr double kCompletionTimeout = 30.0;
 constexpr double kGrace = 2.0;
+
+const std::string kNotInName("=\0", 2);
 
 void readEnvironment(Reading &reading, const YamlNode &node, ApplicationSetup &setup) {
   if (node.kind != Kind::Map) {
     reading.expected(node, "a map from variables to texts");
   }
   for (const YamlMember &member : node.members) {
-    if (member.key.text.empty() || member.key.text.find('=') != std::string::npos) {
+    if (member.key.text.empty() || member.key.text.find_first_of(kNotInName) != std::string::npos) {
       reading.expected(member.key, "the name of an environment variable");
     }
     setup.environment[member.key.text] = reading.text(member.value, "a text");
@@ -36,6 +40,11 @@ void readEnvironment(Reading &reading, const YamlNode &node, ApplicationSetup &s
 void readAllowList(Reading &reading, const YamlNode &node, ApplicationSetup &setup) {
   if (node.kind != Kind::Sequence) {
     reading.expected(node, "a list of application ids");
+  }
+  for (const YamlNode &id : node.elements) {
+    if (id.text.find('\n') != std::string::npos) {
+      reading.expected(id, "an application id in one line");
+    }
   }
   setup.allowList = reading.texts(node, "an application id");
 }
@@ -56,7 +65,7 @@ const std::vector<Field<ApplicationSetup>> kApplicationFields = {
     {"environment", readEnvironment},
     {"allow-list", readAllowList},
     {"completion-timeout", [](Reading &reading, const YamlNode &node, ApplicationSetup &setup) {
-       setup.completionTimeout = reading.seconds(node);
+       setup.completionTimeout = reading.timeout(node);
      }}};
 
 const std::vector<Field<SenderSetup>> kSenderFields = {
@@ -108,7 +117,7 @@ const std::vector<Field<Scenario>> kScenarioFields = {
     {"senders", [](Reading &reading, const YamlNode &node,
                    Scenario &scenario) { scenario.senders = readSenders(reading, node); }},
     {"timeout", [](Reading &reading, const YamlNode &node,
-                   Scenario &scenario) { scenario.timeout = reading.seconds(node); }},
+                   Scenario &scenario) { scenario.timeout = reading.timeout(node); }},
     {"findings", readAllowedFindings},
     {"steps", readSteps}};
 
@@ -121,7 +130,7 @@ std::string contentOf(const std::string &file) {
     throw FileError(file, "is no file");
   }
   if (static_cast<std::size_t>(status.st_size) > kLargestFile) {
-    throw FileError(file, "is larger than 16 MiB");
+    throw FileError(file, "is larger than 2 MiB");
   }
   std::ifstream stream(file, std::ios::binary);
   std::ostringstream content;
@@ -161,7 +170,11 @@ void complete(Scenario &scenario, const Reading &reading, const YamlNode &docume
     reading.fail(document, "the scenario has no 'steps': expected a list of them");
   }
   ApplicationSetup &application = scenario.application;
-  fillIn(scenario);
+  try {
+    fillIn(scenario);
+  } catch (const std::length_error &error) {
+    reading.fail(document, error.what());
+  }
   if (!options.application.empty()) {
     application.folder = options.application;
     application.running.clear();

@@ -58,6 +58,9 @@ void readKeys(Reading &reading, const YamlNode &node, Draft &draft) {
   constexpr std::array<const char *, 4> kTaken = {"actionId", "actionType", "actionParams",
                                                   "requestId"};
   for (const YamlMember &member : node.members) {
+    if (reading.text(member.key, "a key").empty()) {
+      reading.expected(member.key, "a key of the bundle");
+    }
     if (std::find(kTaken.begin(), kTaken.end(), member.key.text) != kTaken.end()) {
       reading.fail(member.key,
                    "the key '" + member.key.text + "' is in the bundle already; 'set' adds others");
@@ -66,22 +69,29 @@ void readKeys(Reading &reading, const YamlNode &node, Draft &draft) {
   }
 }
 
-// Whether the text may be given to yaml-cpp's decoder, which reads outside of its table at a byte
+// Checked here, because yaml-cpp's decoder takes anything, and reads outside of its table at a byte
 // above 127.
-bool isAscii(const std::string &text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+bool isBase64(const std::string &text) {
+  constexpr const char *kDigits =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  constexpr std::size_t kGroup = 4;
+  constexpr std::size_t kMostPadding = 2;
+  const std::size_t digits = std::min(text.find_first_not_of(kDigits), text.size());
+  return text.size() % kGroup == 0 && text.size() - digits <= kMostPadding
+         && text.find_first_not_of('=', digits) == std::string::npos;
 }
 
 // For parameters that are no text: bytes that are not UTF-8.
 void readBytes(Reading &reading, const YamlNode &node, Draft &draft) {
-  const std::string text = reading.plainText(node, "bytes in Base64");
-  std::vector<unsigned char> bytes;
-  if (isAscii(text)) {
-    bytes = YAML::DecodeBase64(text);
-  }
-  if (bytes.empty() && !text.empty()) {
+  std::string text = reading.plainText(node, "bytes in Base64");
+  text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == ' ' || c == '\n'; }),
+             text.end());
+  if (!isBase64(text)) {
     reading.expected(node, "bytes in Base64");
+  }
+  const std::vector<unsigned char> bytes = YAML::DecodeBase64(text);
+  if (std::find(bytes.begin(), bytes.end(), 0) != bytes.end()) {
+    reading.fail(node, "bytes with a NUL: what follows it would not be sent; take it out");
   }
   draft.call.paramsText = std::string(bytes.begin(), bytes.end());
 }

@@ -2,7 +2,7 @@
 //
 // Scenario files that are refused: where, and what is said.
 #include "assistant/scenario/read.h"
-#include "assistant/trace/visible.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -20,7 +20,7 @@ struct Refusal {
 };
 
 void PrintTo(const Refusal &refusal, std::ostream *out) {
-  *out << trace::visible(refusal.text);
+  *out << refusal.name;
 }
 
 const std::string kApplication = "application: {folder: music}\n";
@@ -28,6 +28,14 @@ const std::string kApplication = "application: {folder: music}\n";
 // A scenario with one step, on line 2.
 std::string withStep(const std::string &step) {
   return kApplication + "steps: [{" + step + "}]";
+}
+
+std::string repeated(const std::string &text, std::size_t times) {
+  std::string all;
+  for (std::size_t i = 0; i < times; ++i) {
+    all += text;
+  }
+  return all;
 }
 
 std::string nested(std::size_t levels) {
@@ -96,6 +104,48 @@ const std::vector<Refusal> kRefusals = {
      "expected bytes in Base64"},
     {"BytesOfAnotherAlphabet", withStep("run: a, params-base64: '\xc3\xa9\xc3\xa9'"), "2:33",
      "expected bytes in Base64"},
+    {"BytesThatAreBase64InPart", withStep("run: a, params-base64: 'QQ==QQ=='"), "2:33",
+     "expected bytes in Base64"},
+    {"BytesWithANul", withStep("run: a, params-base64: 'QQBB'"), "2:33", "bytes with a NUL"},
+    {"ATextWithANul", withStep(R"(run: "a\0b")"), "2:15", "a text with a NUL"},
+    {"AKeyOfTheBundleWithANul", withStep(R"(run: a, set: {"a\0b": c})"), "2:24",
+     "a text with a NUL"},
+    {"AKeyOfTheBundleThatIsEmpty", withStep("run: a, set: {'': b}"), "2:24",
+     "expected a key of the bundle, got ''"},
+    {"ANumberThatIsTooLarge", withStep("run: a, params: {x: [1, -1e999]}"), "2:34",
+     "the number '-1e999' is out of range"},
+    {"ATimeThatIsInfinite", withStep("wait: inf"), "2:16", "expected a time"},
+    {"ATimeThatIsTooLarge", withStep("wait: 1e300"), "2:16", "expected a time of at most a day"},
+    {"ATimeoutOfNothing", kApplication + "timeout: 0", "2:10", "a time of at least 1 ms, got '0'"},
+    {"ACompletionTimeoutOfNothing", "application: {folder: a, completion-timeout: 0 s}", "1:46",
+     "a time of at least 1 ms"},
+    {"AnIdOfTheAllowListOfTwoLines", R"(application: {folder: a, allow-list: ["b\nc"]})", "1:39",
+     "an application id in one line"},
+    {"AVariableOfTheEnvironmentWithANul", R"(application: {folder: a, environment: {"A\0": c}})",
+     "1:40", "the name of an environment variable"},
+    {"MoreValuesThanSomebodyWrites", withStep("run: a, params: [" + repeated("1,", 100000) + "]"),
+     "2:200003", "too large: 100000 values are the most"},
+    {"NestingWithoutAnEnd", "a: " + std::string(100000, '['), "1:36", "nested too deeply"},
+    {"KeysInKeysWithoutAnEnd", repeated("? ", 100000) + "a", "1:129", "nested too deeply"},
+    {"AliasesOfAliases", "a: &a [x]\nb: &b [*a, *a]\nc: [*b, *b]", "2:8", "aliases"},
+    {"ATagWithoutAnEnd", "a: !<" + std::string(100000, 'x'), "1:100006", "not YAML"},
+    {"AVersionThatThereIsNot", "%YAML 99999999999999999999.9\n---\na: 1", "1:1", "not YAML"},
+    {"ACharacterThatThereIsNot", R"(name: "\UFFFFFFFF")", "1:18", "not YAML: invalid unicode"},
+    {"ALongText", "steps: " + std::string(1000000, 'a'), "1:8",
+     "got '" + std::string(80, 'a') + "…'"},
+    {"ALongKey", "? " + repeated("ä", 100000) + "\n: 1", "1:3",
+     "'" + repeated("ä", 40) + "…' is not known here; expected one of"},
+    {"AnExpressionThatIsTooLarge", withStep("state: , expect: {matches: '((a{100}){100}){100}'}"),
+     "2:37", "not a regular expression of RE2: invalid repetition size"},
+    {"AnExpressionThatIsTooLong",
+     withStep("state: , expect: {matches: '" + std::string(1000000, 'a') + "'}"), "2:37",
+     "not a regular expression of RE2: pattern too large"},
+    {"APointerWithAWrongEscape", withStep("state: , expect: {json: {'/a~2': 1}}"), "2:35",
+     "expected a JSON pointer"},
+    {"AValueThatFillsTheMemory",
+     "variables: {a: " + std::string(10000, 'x') + "}\napplication: {folder: '"
+         + repeated("${a}", 10000) + "'}\nsteps: [{state: }]",
+     "1:1", "larger than 16 MiB"},
     {"AKeyThatTheBundleHas", withStep("run: a, set: {actionId: b}"), "2:24",
      "the key 'actionId' is in the bundle already"},
     {"AVariableOfTheEnvironmentThatIsNone",
@@ -120,6 +170,9 @@ INSTANTIATE_TEST_SUITE_P(Of, ARefusal, testing::ValuesIn(kRefusals),
 TEST(AFile, ThatCannotBeReadIsRefused) {
   EXPECT_THROW(readScenario("/no/such/file.yaml", {}), FileError);
   EXPECT_THROW(readScenario("/", {}), FileError);
+  const support::TemporaryFolder folder;
+  folder.write("large.yaml", std::string(3000000, '['));
+  EXPECT_THROW(readScenario(folder / "large.yaml", {}), FileError);
 }
 
 } // namespace
