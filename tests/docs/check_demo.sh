@@ -7,7 +7,7 @@
 set -euo pipefail
 
 source=$1 build=$2
-shown=$(sed -n '/^\$ scripts\/demo$/,/^…$/p' "$source/README.md" | sed '1,2d; $d') # 2: the build's line
+shown=$(sed -n '/^Building (preset release/,/^…$/p' "$source/README.md" | sed '1d; $d')
 printed=$(PATH=$build/bin:$PATH "$source/examples/norix-demo" "$build/examples/music")
 if [ -z "$shown" ] || [[ $printed != "$shown"* ]]; then
   printf 'README.md shows\n%s\nand the demo prints\n%s\n' "$shown" "$printed"
