@@ -14,7 +14,7 @@ namespace {
 
 // The library goes on with a parcel that could not be made: a null handle is answered with an
 // error. Any other handle that is not alive is a misuse.
-fake::FakeParcel *used(const char *function, rpc_port_parcel_h handle) {
+fake::FakeParcel *usedParcel(const char *function, rpc_port_parcel_h handle) {
   fake::FakeParcel *parcel = platform().ports.findParcel(handle);
   if (parcel == nullptr && handle != nullptr) {
     platform().misuses.push_back(std::string(function) + " with a parcel that is not alive");
@@ -24,7 +24,7 @@ fake::FakeParcel *used(const char *function, rpc_port_parcel_h handle) {
 
 int write(const char *function, const PlatformCall &call, rpc_port_parcel_h handle,
           fake::Field field) {
-  fake::FakeParcel *parcel = used(function, handle);
+  fake::FakeParcel *parcel = usedParcel(function, handle);
   if (call.failure()) {
     return *call.failure();
   }
@@ -39,7 +39,7 @@ int write(const char *function, const PlatformCall &call, rpc_port_parcel_h hand
 template <typename Type>
 int read(const char *function, rpc_port_parcel_h handle, const Type **field) {
   const PlatformCall call(function, ParcelHandle{handle});
-  fake::FakeParcel *parcel = used(function, handle);
+  fake::FakeParcel *parcel = usedParcel(function, handle);
   if (call.failure()) {
     return *call.failure();
   }
@@ -87,7 +87,7 @@ int rpc_port_parcel_create_from_port(rpc_port_parcel_h *h, rpc_port_h port) {
 int rpc_port_parcel_send(rpc_port_parcel_h h, rpc_port_h port) {
   const PlatformCall call("rpc_port_parcel_send", ParcelHandle{h}, PortHandle{port});
   fake::FakePort *found = platform().ports.findPort(port);
-  const fake::FakeParcel *parcel = used("rpc_port_parcel_send", h);
+  const fake::FakeParcel *parcel = usedParcel("rpc_port_parcel_send", h);
   if (call.failure()) {
     return *call.failure();
   }
@@ -100,7 +100,7 @@ int rpc_port_parcel_send(rpc_port_parcel_h h, rpc_port_h port) {
 
 int rpc_port_parcel_destroy(rpc_port_parcel_h h) {
   const PlatformCall call("rpc_port_parcel_destroy", ParcelHandle{h});
-  if (used("rpc_port_parcel_destroy", h) == nullptr) {
+  if (usedParcel("rpc_port_parcel_destroy", h) == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   (void)platform().ports.destroyParcel(h);

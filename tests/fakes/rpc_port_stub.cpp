@@ -12,7 +12,7 @@ using fake::StubHandle;
 namespace {
 
 // The stub behind a handle that the library uses; null, and a misuse, when it is not alive.
-fake::FakeStub *used(const char *function, rpc_port_stub_h handle) {
+fake::FakeStub *usedStub(const char *function, rpc_port_stub_h handle) {
   fake::FakeStub *stub = platform().ports.findStub(handle);
   if (stub == nullptr) {
     platform().misuses.push_back(std::string(function) + " with a stub that is not alive");
@@ -24,7 +24,7 @@ template <typename Handler>
 int add(const char *function, rpc_port_stub_h handle, Handler handler, void *userData,
         fake::FakeStub::Registered<Handler> fake::FakeStub::*event) {
   const PlatformCall call(function, StubHandle{handle});
-  fake::FakeStub *stub = used(function, handle);
+  fake::FakeStub *stub = usedStub(function, handle);
   if (call.failure()) {
     return *call.failure();
   }
@@ -50,7 +50,7 @@ int rpc_port_stub_create(rpc_port_stub_h *h, const char *port_name) {
 
 int rpc_port_stub_destroy(rpc_port_stub_h h) {
   const PlatformCall call("rpc_port_stub_destroy", StubHandle{h});
-  if (used("rpc_port_stub_destroy", h) == nullptr) {
+  if (usedStub("rpc_port_stub_destroy", h) == nullptr) {
     return RPC_PORT_ERROR_INVALID_PARAMETER;
   }
   (void)platform().ports.destroyStub(h);
@@ -59,7 +59,7 @@ int rpc_port_stub_destroy(rpc_port_stub_h h) {
 
 int rpc_port_stub_listen(rpc_port_stub_h h) {
   const PlatformCall call("rpc_port_stub_listen", StubHandle{h});
-  fake::FakeStub *stub = used("rpc_port_stub_listen", h);
+  fake::FakeStub *stub = usedStub("rpc_port_stub_listen", h);
   if (call.failure()) {
     return *call.failure();
   }
@@ -91,7 +91,7 @@ int rpc_port_stub_get_port(rpc_port_stub_h h, rpc_port_port_type_e type, const c
                            rpc_port_h *port) {
   const PlatformCall call("rpc_port_stub_get_port", StubHandle{h}, static_cast<int>(type),
                           instance);
-  const fake::FakeStub *stub = used("rpc_port_stub_get_port", h);
+  const fake::FakeStub *stub = usedStub("rpc_port_stub_get_port", h);
   if (call.failure()) {
     return *call.failure();
   }

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "logFile.h"
+
 #include "NorixImpl/NorixCommonData.h"
 
 #include "fakes/LibraryTest.h"
@@ -20,8 +22,7 @@ using fake::TextsAre;
 using norix::NorixCommonData;
 using testing::IsEmpty;
 
-constexpr const char *kFile = "ActionRequestImpl.cpp";
-constexpr const char *kFunction = "completeActionExecution";
+constexpr const char *kComplete = "completeActionExecution";
 
 class AnActionResult : public fake::ReadyLibraryTest {
 protected:
@@ -48,11 +49,11 @@ TEST_F(AnActionResult, IsLogged) {
 
   EXPECT_THAT(
       logLines(),
-      LinesAre({IsLine(kFile, kFunction, "_norixClientAppId : %s",
+      LinesAre({IsLine(kFile, kComplete, "_norixClientAppId : %s",
                        "_norixClientAppId : com.valtren.tizen.norix"),
-                IsLine(kFile, kFunction, "Action result:"), IsLine(kFile, kFunction, "%s", "done"),
+                IsLine(kFile, kComplete, "Action result:"), IsLine(kFile, kComplete, "%s", "done"),
                 IsLine(kFile, "sendResponse", "App Id %s", "App Id org.example.music"),
-                IsLine(kFile, kFunction, "Response success")}));
+                IsLine(kFile, kComplete, "Response success")}));
 }
 
 TEST_F(AnActionResult, EndsTheWaitBeforeTheResponseIsMade) {
@@ -86,7 +87,7 @@ TEST_F(AnActionResult, IsDroppedWithoutAnErrorWhenItIsTheSecond) {
 
   EXPECT_EQ(app.answersAction("again"), NORIX_ERROR_NONE);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction,
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete,
                                            "Couldn't find requestId corresponding to "
                                            "actionHandler %d",
                                            "Couldn't find requestId corresponding to "
@@ -100,7 +101,7 @@ TEST_F(AnActionResult, NeedsAClient) {
     EXPECT_EQ(app.answersAction("done"), NORIX_ERROR_OPERATION_FAILED);
   }
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "Norix Client is not connected")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete, "Norix Client is not connected")}));
   EXPECT_EQ(platform().clock.alive().size(), 1U);
 }
 
@@ -120,7 +121,7 @@ TEST_F(AnActionResult, ReadsNoHandleWithoutAClient) {
 TEST_F(AnActionResult, NeedsAHandle) {
   EXPECT_EQ(norix_complete_action_execution(nullptr, "done"), NORIX_ERROR_INVALID_PARAMETER);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "request handle is null")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete, "request handle is null")}));
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   EXPECT_EQ(platform().clock.alive().size(), 1U);
 }
@@ -152,7 +153,7 @@ TEST_F(AnActionResult, ToAnOlderRequestIsDiscardedWithItsEntry) {
 
   EXPECT_EQ(app.answersAction("done"), NORIX_ERROR_NONE);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction,
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete,
                                            "Discarding response recieved for old requestId %llu",
                                            "Discarding response recieved for old requestId 42")}));
   EXPECT_THAT(common()._actionHandlerMap, IsEmpty());
@@ -216,7 +217,7 @@ TEST_F(AnActionResult, ToAStateRequestIsLateAndKeepsTheEntry) {
             NORIX_ERROR_OPERATION_FAILED);
 
   EXPECT_THAT(logLines(),
-              LinesAre({IsLine(kFile, kFunction,
+              LinesAre({IsLine(kFile, kComplete,
                                "Action Execution result recieved after timeout, discarding")}));
   EXPECT_EQ(app.answersState("state"), NORIX_ERROR_NONE);
 }
@@ -226,7 +227,7 @@ TEST_F(AnActionResult, IsLostWithoutABundle) {
 
   EXPECT_EQ(app.answersAction("done"), NORIX_ERROR_OUT_OF_MEMORY);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "bundle_create is failed")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete, "bundle_create is failed")}));
   EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_EQ(common()._actionHandlerMap.size(), 1U);
   platform().clock.advance(kLong);

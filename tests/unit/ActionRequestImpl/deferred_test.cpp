@@ -2,6 +2,7 @@
 //
 // Requests that arrive before their callback is registered.
 #include "EarlyRequest.h"
+#include "logFile.h"
 
 #include "NorixImpl/NorixCommonData.h"
 
@@ -22,8 +23,6 @@ using fake::TextsAre;
 using norix::ActionRequestImpl;
 using norix::NorixCommonData;
 using testing::IsEmpty;
-
-constexpr const char *kFile = "ActionRequestImpl.cpp";
 
 TEST_F(AnEarlyRequest, IsParkedAndRetried) {
   const fake::FakeTimer timer = platform().clock.alive()[0];

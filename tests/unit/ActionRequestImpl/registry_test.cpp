@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "logFile.h"
+
 #include "fakes/Heap.h"
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
@@ -15,8 +17,6 @@ using fake::platform;
 using fake::ResponsesAre;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr const char *kFile = "ActionRequestImpl.cpp";
 
 auto isSet(const std::string &actionId) {
   return IsLine(kFile, "setActionExecutionCb", "'%s' Action Execution cb has been set",

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Requests whose callback is registered.
+#include "logFile.h"
+
 #include "ActionRequestImpl/ActionRequestImpl.h"
 
 #include "NorixImpl/NorixCommonData.h"
@@ -21,8 +23,6 @@ using fake::TextsAre;
 using norix::ActionRequestImpl;
 using norix::NorixCommonData;
 using testing::IsEmpty;
-
-constexpr const char *kFile = "ActionRequestImpl.cpp";
 
 class AnActionRequest : public fake::ReadyLibraryTest {
 protected:

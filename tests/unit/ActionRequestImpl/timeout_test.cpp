@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "logFile.h"
+
 #include "ActionRequestImpl/ActionRequestImpl.h"
 
 #include "NorixImpl/NorixCommonData.h"
@@ -21,8 +23,7 @@ using norix::ActionRequestImpl;
 using norix::NorixCommonData;
 using testing::IsEmpty;
 
-constexpr const char *kFile = "ActionRequestImpl.cpp";
-constexpr const char *kFunction = "_completeActionExecutionCheckCb";
+constexpr const char *kTimeout = "_completeActionExecutionCheckCb";
 constexpr const char *kTimedOut = "Action execution request timed out";
 
 class AnUnansweredAction : public fake::ReadyLibraryTest {
@@ -65,9 +66,9 @@ TEST_F(AnUnansweredAction, IsLogged) {
 
   EXPECT_THAT(
       logLines(),
-      LinesAre({IsLine(kFile, kFunction, "action execution timed out. Failed to execute action."),
+      LinesAre({IsLine(kFile, kTimeout, "action execution timed out. Failed to execute action."),
                 IsLine(kFile, "sendResponse", "App Id %s", "App Id org.example.music"),
-                IsLine(kFile, kFunction, "send reponse result: %d", "send reponse result: 0")}));
+                IsLine(kFile, kTimeout, "send reponse result: %d", "send reponse result: 0")}));
 }
 
 TEST_F(AnUnansweredAction, LosesItsHandle) {
@@ -152,9 +153,9 @@ TEST_F(AnUnansweredAction, SendsNothingWithoutABundle) {
 
   platform().clock.advance(30);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction,
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kTimeout,
                                            "action execution timed out. Failed to execute action."),
-                                    IsLine(kFile, kFunction, "bundle_create is failed")}));
+                                    IsLine(kFile, kTimeout, "bundle_create is failed")}));
   EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   // The handle is kept, but the wait is over.
@@ -175,7 +176,7 @@ TEST_F(AnUnansweredAction, EndsAlsoWhenTheClientIsGone) {
 TEST_F(AnUnansweredAction, NeedsItsObject) {
   EXPECT_EQ(fires(nullptr), ECORE_CALLBACK_CANCEL);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "Action Request Pointer is null")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kTimeout, "Action Request Pointer is null")}));
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
 }
 

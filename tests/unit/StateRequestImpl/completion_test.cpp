@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "logFile.h"
+
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
 #include "fakes/NoClient.h"
@@ -21,8 +23,7 @@ using fake::TextsAre;
 using norix::NorixCommonData;
 using testing::IsEmpty;
 
-constexpr const char *kFile = "StateRequestImpl.cpp";
-constexpr const char *kFunction = "completeAppStateRequest";
+constexpr const char *kComplete = "completeAppStateRequest";
 
 class AStateAnswer : public fake::ReadyLibraryTest {
 protected:
@@ -49,12 +50,12 @@ TEST_F(AStateAnswer, IsLogged) {
 
   EXPECT_THAT(
       logLines(),
-      LinesAre({IsLine(kFile, kFunction, "App result:"),
-                IsLine(kFile, kFunction, "_norixClientAppId : %s",
+      LinesAre({IsLine(kFile, kComplete, "App result:"),
+                IsLine(kFile, kComplete, "_norixClientAppId : %s",
                        "_norixClientAppId : com.valtren.tizen.norix"),
-                IsLine(kFile, kFunction, "App Context:"), IsLine(kFile, kFunction, "%s", "playing"),
+                IsLine(kFile, kComplete, "App Context:"), IsLine(kFile, kComplete, "%s", "playing"),
                 IsLine(kFile, "sendResponse", "App Id %s", "App Id org.example.music"),
-                IsLine(kFile, kFunction, "[NorixClient <- App] send result: %d",
+                IsLine(kFile, kComplete, "[NorixClient <- App] send result: %d",
                        "[NorixClient <- App] send result: 0")}));
 }
 
@@ -85,7 +86,7 @@ TEST_F(AStateAnswer, IsLateWhenItIsTheSecond) {
 
   EXPECT_THAT(
       logLines(),
-      LinesAre({IsLine(kFile, kFunction, "App State result recieved after timeout, discarding")}));
+      LinesAre({IsLine(kFile, kComplete, "App State result recieved after timeout, discarding")}));
   EXPECT_THAT(calls({"ecore_timer_del", "bundle_create"}), IsEmpty());
   EXPECT_EQ(assistant.callbacks().size(), 1U);
 }
@@ -93,7 +94,7 @@ TEST_F(AStateAnswer, IsLateWhenItIsTheSecond) {
 TEST_F(AStateAnswer, NeedsAHandle) {
   EXPECT_EQ(norix_complete_app_state_request(nullptr, "playing"), NORIX_ERROR_INVALID_PARAMETER);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "StateRequestInfo is null")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete, "StateRequestInfo is null")}));
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   expectLeft(DeliberateLeak::StateTimer);
 }
@@ -112,7 +113,7 @@ TEST_F(AStateAnswer, NeedsAClient) {
     EXPECT_EQ(app.answersState("playing"), NORIX_ERROR_OPERATION_FAILED);
   }
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "Norix Client is not connected")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete, "Norix Client is not connected")}));
   expectLeft(DeliberateLeak::StateTimer);
 }
 
@@ -139,7 +140,7 @@ TEST_F(AStateAnswer, ToAnUnknownHandleIsDroppedWithoutAnError) {
 
   EXPECT_EQ(norix_complete_app_state_request(&unknown, "playing"), NORIX_ERROR_NONE);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction,
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete,
                                            "Couldn't find requestId corresponding to "
                                            "actionHandler %d",
                                            "Couldn't find requestId corresponding to "
@@ -192,7 +193,7 @@ TEST_F(AStateAnswer, IsDiscardedWhenAnotherRequestArrivesWhileItIsLogged) {
 
   EXPECT_THAT(log().back(), "Discarding response recieved for old requestId 42");
   EXPECT_THAT(logLines(),
-              testing::Contains(IsLine(kFile, kFunction,
+              testing::Contains(IsLine(kFile, kComplete,
                                        "Discarding response recieved for old requestId "
                                        "%llu",
                                        "Discarding response recieved for old requestId 42")));
@@ -226,8 +227,8 @@ TEST_F(AStateAnswer, IsLostWithoutABundle) {
 
   EXPECT_EQ(app.answersState("playing"), NORIX_ERROR_OUT_OF_MEMORY);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "App result:"),
-                                    IsLine(kFile, kFunction, "bundle_create is failed")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kComplete, "App result:"),
+                                    IsLine(kFile, kComplete, "bundle_create is failed")}));
   EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(platform().clock.alive(), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "logFile.h"
+
 #include "fakes/Heap.h"
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
@@ -21,8 +23,6 @@ using fake::platform;
 using fake::ResponsesAre;
 using norix::NorixImpl;
 using testing::IsEmpty;
-
-constexpr const char *kFile = "StateRequestImpl.cpp";
 
 auto isDeliveryLine(const char *text) {
   return IsLine(kFile, "sendResponse", text);

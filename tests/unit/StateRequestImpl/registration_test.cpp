@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "logFile.h"
+
 #include "StateRequestImpl/StateRequestImpl.h"
 
 #include "fakes/LibraryTest.h"
@@ -17,8 +19,6 @@ using fake::TextsAre;
 using norix::StateRequestImpl;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr const char *kFile = "StateRequestImpl.cpp";
 
 // The callbacks that were called, by the user data that they got.
 std::vector<int> called;

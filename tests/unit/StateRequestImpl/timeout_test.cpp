@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "logFile.h"
+
 #include "fakes/LibraryTest.h"
 #include "fakes/LogMatchers.h"
 
@@ -19,8 +21,7 @@ using fake::TextsAre;
 using norix::NorixCommonData;
 using testing::IsEmpty;
 
-constexpr const char *kFile = "StateRequestImpl.cpp";
-constexpr const char *kFunction = "_appStateRequestCompleteCheckCb";
+constexpr const char *kTimeout = "_appStateRequestCompleteCheckCb";
 
 class AnUnansweredStateRequest : public fake::ReadyLibraryTest {
 protected:
@@ -64,7 +65,7 @@ TEST_F(AnUnansweredStateRequest, IsLogged) {
   platform().clock.advance(30);
 
   EXPECT_THAT(logLines(),
-              LinesAre({IsLine(kFile, kFunction,
+              LinesAre({IsLine(kFile, kTimeout,
                                "App state request execution timed out. Failed to execute action."),
                         IsLine(kFile, "sendResponse", "App Id %s", "App Id org.example.music")}));
 }
@@ -153,7 +154,7 @@ TEST_F(AnUnansweredStateRequest, SendsNothingWithoutABundle) {
 
   platform().clock.advance(30);
 
-  EXPECT_THAT(logLines().back(), IsLine(kFile, kFunction, "bundle_create is failed"));
+  EXPECT_THAT(logLines().back(), IsLine(kFile, kTimeout, "bundle_create is failed"));
   EXPECT_THAT(calls({"bundle_add_str", "bundle_add_byte"}), IsEmpty());
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   // The handle is kept, but the wait is over.
@@ -174,7 +175,7 @@ TEST_F(AnUnansweredStateRequest, EndsAlsoWhenTheClientIsGone) {
 TEST_F(AnUnansweredStateRequest, NeedsItsObject) {
   EXPECT_EQ(fires(nullptr), ECORE_CALLBACK_CANCEL);
 
-  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kFunction, "State Request is null")}));
+  EXPECT_THAT(logLines(), LinesAre({IsLine(kFile, kTimeout, "State Request is null")}));
   EXPECT_THAT(assistant.callbacks(), IsEmpty());
   platform().clock.advance(30);
 }

@@ -206,10 +206,9 @@ TEST_F(ALogFile, ThatIsStandardErrorMayBeLimitedAsWell) {
   EXPECT_EQ(outcome.status, 0);
 }
 
-volatile std::sig_atomic_t handled = 0;
-
 TEST_F(ALogFile, CallsNoHandlerWhenItMayGrowNoFurther) {
   const Outcome outcome = inChild(environment(), [] {
+    static volatile std::sig_atomic_t handled = 0;
     std::signal(SIGXFSZ, [](int) { handled = 1; });
     return printPastALimit() + handled;
   });

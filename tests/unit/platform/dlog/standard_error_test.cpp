@@ -95,10 +95,9 @@ TEST(ABrokenPipe, DoesNotKillWhenTheFilterIsBadEither) {
   EXPECT_EQ(outcome.status, 0);
 }
 
-volatile std::sig_atomic_t handled = 0;
-
 TEST(ABrokenPipe, CallsNoHandler) {
   const Outcome outcome = inChild({}, [] {
+    static volatile std::sig_atomic_t handled = 0;
     std::signal(SIGPIPE, [](int) { handled = 1; });
     makeStandardErrorABrokenPipe();
     return printsNothing() + handled;
