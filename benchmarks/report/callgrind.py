@@ -64,7 +64,7 @@ class Profile:
         """The instructions of the objects that `owner` accepts, and of all that works for them.
 
         `others` accepts the objects that count for themselves; what neither accepts, such as the C
-        library, counts for whoever calls it.
+        library, counts for its callers.
         """
         return sum(call.instructions for call in self.calls
                    if others(call.caller.object) and owner(call.callee.object)) - sum(

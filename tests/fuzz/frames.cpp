@@ -63,7 +63,7 @@ std::vector<Frame> takeAll(Inbox &inbox) {
   return frames;
 }
 
-// Raw frames are one stream for whoever reads them: as long as they follow each other.
+// Raw frames that follow each other are one stream to the reader.
 void readRaw(Inbox &inbox, const std::vector<Frame> &frames, std::size_t size) {
   std::string expected;
   for (std::size_t i = 1; i < frames.size() && frames[i].kind == FrameKind::Raw; ++i) {

@@ -156,7 +156,7 @@ private:
     return 0;
   }
 
-  // To the stub itself, among whoever waits there.
+  // To the stub itself, among the other waiting peers.
   static void connectAtOnce() {
     rpc_port_proxy_h proxy = nullptr;
     check(rpc_port_proxy_create(&proxy) == 0, "a proxy can be made");
@@ -186,7 +186,7 @@ private:
   std::vector<rpc_port_h> _ports; // All that it ever had.
 };
 
-// A handler that throws does so through the loop: to whoever runs it.
+// An exception of a handler passes through the loop to the caller that runs it.
 void turn(int times) {
   try {
     fuzz::turnLoop(times);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The nine functions of norix.h: each passes its call on and reports what came of it.
+// The nine functions of norix.h: each passes its call on and reports the result.
 #include "assistant/trace/utf8.h"
 #include "probe/Reporter.h"
 #include "probe/callbacks.h"

@@ -18,7 +18,7 @@ public:
   ~Window() { evas_object_del(_window); }
 
   void show(const Player &player);
-  /** @brief Shows a request, and what came of it. */
+  /** @brief Shows a request and its result. */
   void showRequest(const std::string &request, const std::string &answer);
 
 private:

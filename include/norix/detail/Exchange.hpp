@@ -31,7 +31,7 @@ enum class Kind { State, Action };
 using SharedId = std::shared_ptr<const std::string>;
 
 // Names a request for as long as the process runs: ids are never used again, so that a request of
-// an Assistant that is gone is nobody's, whoever came after it. 0 is the one of a spent request.
+// a destroyed Assistant never belongs to a later one. 0 is the id of a request that was answered.
 using RequestId = std::uint64_t;
 
 // The lowest bit of an id marks a request that arrived before its action was registered: the

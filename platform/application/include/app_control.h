@@ -70,7 +70,7 @@ typedef enum {
   APP_CONTROL_ERROR_IO_ERROR = TIZEN_ERROR_IO_ERROR
 } app_control_error_e;
 
-/** @brief What came of a request. */
+/** @brief The outcome of a request. */
 typedef enum {
   /** The application has started. Not given on a desktop. */
   APP_CONTROL_RESULT_APP_STARTED = 1,
@@ -86,7 +86,7 @@ typedef enum {
  * @brief Called once, from the main loop, with the reply to a request.
  * @param[in] request    The request as it was sent, lent for the call
  * @param[in] reply      The reply, lent for the call; empty when the application has ended
- * @param[in] result     What came of the request
+ * @param[in] result     The outcome of the request
  * @param[in] user_data  As given to app_control_send_launch_request()
  */
 typedef void (*app_control_reply_cb)(app_control_h request, app_control_h reply,

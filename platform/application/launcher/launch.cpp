@@ -99,8 +99,8 @@ void restoreSignals() {
   }
 }
 
-// Whoever reads this process's output to its end must not wait for the application's end as well.
-// Its log stays visible on standard error.
+// A reader of this process's output must see its end when this process ends, and not only when the
+// application does. Its log stays visible on standard error.
 void leaveStandardStreams() {
   const int nothing = open("/dev/null", O_RDWR);
   (void)dup2(nothing, STDIN_FILENO);

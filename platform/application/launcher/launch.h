@@ -6,7 +6,7 @@
 
 namespace platform::application {
 
-/// What came of an attempt to start an application.
+/// The outcome of an attempt to start an application.
 enum class Launch {
   Started,
   Running, ///< A process of it runs, or is being started.

@@ -9,7 +9,7 @@
 namespace integration {
 
 // Commands beside the library's calls: fork, start programs, read the clock.
-// Returns nothing for a command that is none of these.
+// Returns nothing for any other command.
 std::optional<int> callProcess(const std::string &name, const nlohmann::json &command);
 
 } // namespace integration

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * Preloaded into a process, it makes the wall clock jump: whoever looks finds it hours further on,
+ * Preloaded into a process, it makes the wall clock jump: each look finds it hours further on,
  * and every other time hours back. Clocks that nobody can set are left alone.
  */
 #define _GNU_SOURCE

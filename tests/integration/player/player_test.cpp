@@ -26,7 +26,7 @@ constexpr int kLooks = 3;
 constexpr std::size_t kCoverX = 40;
 constexpr std::size_t kCoverY = 60;
 
-// The colour of which there is most more in the second picture.
+// The colour whose share has grown most from the first picture to the second.
 std::uint32_t mostAdded(const Picture &before, const Picture &after) {
   std::map<std::uint32_t, long> added;
   for (const std::uint32_t pixel : before.pixels) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// norix::Request: answered once, by whoever holds it, and never in the place of another one.
+// norix::Request: answered once, by its holder, and never in place of another request.
 #include "VoiceTest.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 /// Fails each platform call and each non-throwing allocation of a road in turn, once, each time in
-/// a fresh library, and compares what came of it.
+/// a fresh library, and compares the outcome.
 
 /// What is seen of a road from outside.
 struct Outcome {

@@ -54,7 +54,7 @@ bool runUntil(const std::function<bool()> &condition) {
   return holds;
 }
 
-// What came of a request with a callback.
+// The outcome of a request with a callback.
 struct Reply {
   int count = 0;
   int result = 1000;
