@@ -47,7 +47,8 @@ const GLib *loaded();
  */
 bool isPolledByEcore(const GLib &glib);
 
-/// The variable behind isPolledByEcore(), for the code that lets Ecore poll the context. Never destroyed.
+/// The variable behind isPolledByEcore(), for the code that lets Ecore poll the context. Never
+/// destroyed.
 bool &polledByEcore(const GLib &glib);
 
 } // namespace platform::glib

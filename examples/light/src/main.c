@@ -29,7 +29,7 @@ static void answer_state(void *request, void *user_data) {
   succeeded("norix_complete_app_state_request", norix_complete_app_state_request(request, state));
 }
 
-/* The assistant asks for an action. Do it, then answer with the result text, which is reported to the user. */
+/* The assistant asks for an action. Do it, then answer with a text for the user. */
 static void switch_on(void *request, bundle *params, void *user_data) {
   (void)params;
   (void)user_data;
