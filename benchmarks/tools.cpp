@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What the tools cost: the probe in an application, the bridge between an agent and an application,
-// and the start of a command.
+// the start of a command, and a long scenario.
 #include "application/App.h"
 #include "harness/Machine.h"
 #include "harness/Rounds.h"
@@ -11,9 +11,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -27,6 +29,7 @@ using nlohmann::json;
 using support::Process;
 
 constexpr std::size_t kAnswerSize = 120;
+constexpr int kSteps = 1000;
 constexpr const char *kBusctl = "/usr/bin/busctl";
 
 struct Options {
@@ -181,6 +184,39 @@ json measureStart(const Options &options) {
   return benchmarks::measure(contenders, options.rounds, options.starts);
 }
 
+double nanosecondsOf(const std::function<void()> &work) {
+  const auto start = Samples::Clock::now();
+  work();
+  return std::chrono::duration<double, std::nano>(Samples::Clock::now() - start).count();
+}
+
+/** A scenario against an application that runs, and as many exchanges through the client library.
+ */
+json measureScenario(const Options &options, const support::TemporaryRuntime &runtime) {
+  const std::string id = "org.example.played";
+  const App app(id, {});
+  std::string scenario = "application: {running: " + id + "}\nsteps:\n";
+  for (int i = 0; i < kSteps; ++i) {
+    scenario += "- run: " + action() + "\n";
+  }
+  const std::string file = runtime.write("scenario.yaml", scenario);
+  json result = {{"steps", kSteps}, {"exchanges", json::array()}, {"played", json::array()}};
+  for (int round = 0; round < options.rounds; ++round) {
+    Samples samples;
+    // A connection each: the answers to a sender go to the one that registered last.
+    result["exchanges"].push_back(
+        nanosecondsOf([&] { Assistant(id).exchange(action(), kAnswerSize, kSteps, samples); }));
+    result["played"].push_back(nanosecondsOf([&] {
+      Process process({BENCHMARK_ASSISTANT, "test", file});
+      const auto outcome = process.finish();
+      if (outcome.status != 0) {
+        throw std::runtime_error("the scenario failed: " + outcome.out + outcome.err);
+      }
+    }));
+  }
+  return result;
+}
+
 json measure(const Options &options) {
   const support::TemporaryRuntime runtime;
   const norix::assistant::MainLoop loop;
@@ -188,6 +224,7 @@ json measure(const Options &options) {
           {"rounds", options.rounds},
           {"probe", measureProbe(options, runtime)},
           {"bridge", measureBridge(options, runtime)},
+          {"scenario", measureScenario(options, runtime)},
           {"start", measureStart(options)}};
 }
 

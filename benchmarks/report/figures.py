@@ -121,6 +121,10 @@ def _tools_rows(tools):
     library, bridge = tools["bridge"]
     yield _microseconds_row("an agent's call, above a direct exchange", 150,
                             _median_of_differences(bridge["rounds"], library["rounds"]))
+    scenario = tools["scenario"]
+    own = _median_of_differences(scenario["played"], scenario["exchanges"]) / 1e9
+    yield Row(f"a scenario of {scenario['steps']:,} steps, beside as many exchanges", "≤ 1 s",
+              f"{own:.2f} s", own <= 1)
     state, *others = tools["start"]
     milliseconds = [f"{each['p50'] / 1e6:.1f} ms" for each in tools["start"]]
     beside = f" (busctl --version: {milliseconds[1]})" if others else " (without busctl)"
