@@ -12,7 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-constexpr Clock::duration kToLoadAnAction = std::chrono::seconds(1);
+constexpr Clock::duration kToLoadAnAction = std::chrono::milliseconds(500);
 
 fs::path processFolder(pid_t process) {
   return fs::path("/proc") / std::to_string(process);

@@ -39,7 +39,7 @@ struct Load {
 };
 
 /// Sends an application requests for its state and for these actions in turn. Actions that take
-/// long come as often as a second allows each.
+/// long come as often as half a second allows each.
 Load putUnderLoad(Application &application, const std::vector<const ActionUse *> &actions);
 
 } // namespace norix::assistant::certify

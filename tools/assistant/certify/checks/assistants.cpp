@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <vector>
 
 namespace norix::assistant::certify {
 namespace {
@@ -16,7 +17,6 @@ namespace {
 constexpr const char *kAssistant = "com.valtren.tizen.norix";
 constexpr const char *kOther = "com.valtren.tizen.norix.other";
 constexpr const char *kIdVariable = "AUL_APPID";
-constexpr int kRounds = 2;
 constexpr int kConnections = 20;
 constexpr int kMilliseconds = 1000;
 
@@ -31,6 +31,11 @@ Request lengthyRequest(Examination &examination) {
   } catch (const NotPossible &) {
     return stateRequest();
   }
+}
+
+// The answer to the second is on its way when the assistant goes.
+std::vector<Request> requestsToLeave(Examination &examination) {
+  return {lengthyRequest(examination), stateRequest()};
 }
 
 // Waits until the application has done with a request that nobody waits for.
@@ -63,13 +68,11 @@ void requireWell(Application &application) {
 } // namespace
 
 void checkAssistantLeaves(Examination &examination, Verdicts &verdicts) {
-  const Request like = lengthyRequest(examination);
+  const std::vector<Request> requests = requestsToLeave(examination);
   Application &application = examination.application();
   requireWell(application);
-  for (int round = 0; round < kRounds; ++round) {
+  for (const Request &request : requests) {
     launch::ExchangeTrace trace(application.id());
-    Request request = like;
-    request.requestId = nextRequestId();
     application.session().client().send(request);
     application.hangUp();
     awaitDone(application, trace, request.requestId);
@@ -81,14 +84,12 @@ void checkAssistantLeaves(Examination &examination, Verdicts &verdicts) {
 }
 
 void checkAssistantKilled(Examination &examination, Verdicts &verdicts) {
-  const Request like = lengthyRequest(examination);
+  const std::vector<Request> requests = requestsToLeave(examination);
   Application &application = examination.application();
   requireWell(application);
-  for (int round = 0; round < kRounds; ++round) {
+  for (const Request &request : requests) {
     application.hangUp();
     launch::ExchangeTrace trace(application.id());
-    Request request = like;
-    request.requestId = nextRequestId();
     Peer assistant([&](int /*number*/) { application.session().client().send(request); });
     if (!assistant.next()) {
       throw NotPossible("another process of the assistant cannot send");
