@@ -5,6 +5,8 @@
 #ifndef NORIX_ASSISTANT_CERTIFY_CHECKS_CHECKS_H
 #define NORIX_ASSISTANT_CERTIFY_CHECKS_CHECKS_H
 
+#include "assistant/certify/parameters.h"
+
 namespace norix::assistant::certify {
 
 class Examination;
@@ -37,15 +39,13 @@ void checkStateDuringAction(Examination &examination, Verdicts &verdicts);
 void checkBurstNewest(Examination &examination, Verdicts &verdicts);
 
 // parameters.cpp
-void checkParametersMissing(Examination &examination, Verdicts &verdicts);
-void checkParametersEmpty(Examination &examination, Verdicts &verdicts);
-void checkParametersUnknown(Examination &examination, Verdicts &verdicts);
-void checkParametersWrongType(Examination &examination, Verdicts &verdicts);
-void checkParametersNotJson(Examination &examination, Verdicts &verdicts);
-void checkParametersHuge(Examination &examination, Verdicts &verdicts);
-void checkParametersNested(Examination &examination, Verdicts &verdicts);
-void checkParametersNotUtf8(Examination &examination, Verdicts &verdicts);
-void checkParametersNul(Examination &examination, Verdicts &verdicts);
+using MakeParams = std::vector<Params> (*)(const actions::Action &action);
+void judgeParameters(Examination &examination, Verdicts &verdicts, MakeParams make);
+/// Parameters of one kind for every action.
+template <MakeParams make>
+void checkParameters(Examination &examination, Verdicts &verdicts) {
+  judgeParameters(examination, verdicts, make);
+}
 
 // fuzz.cpp
 void checkParametersFuzz(Examination &examination, Verdicts &verdicts);

@@ -2,8 +2,6 @@
 //
 // Parameters that are not as declared: the user hears an answer all the same, and the application
 // lives.
-#include "assistant/certify/parameters.h"
-
 #include "assistant/certify/Examination.h"
 #include "assistant/certify/Verdicts.h"
 #include "assistant/certify/checks/checks.h"
@@ -16,8 +14,6 @@ namespace {
 
 // What an action may take of the time; it gets one text at least.
 constexpr std::chrono::milliseconds kForEachAction(500);
-
-using Make = std::vector<Params> (*)(const actions::Action &action);
 
 /// One action that gets parameters of a kind.
 class Attempt {
@@ -63,7 +59,9 @@ private:
   std::uint64_t _requestId = 0;
 };
 
-void judge(Examination &examination, Verdicts &verdicts, Make make) {
+} // namespace
+
+void judgeParameters(Examination &examination, Verdicts &verdicts, MakeParams make) {
   for (const ActionUse *const use : examination.answeringActions()) {
     const std::vector<Params> all = make(use->action);
     if (all.empty()) {
@@ -72,44 +70,6 @@ void judge(Examination &examination, Verdicts &verdicts, Make make) {
       Attempt(examination, use->action).run(all, verdicts);
     }
   }
-}
-
-} // namespace
-
-void checkParametersMissing(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, missingParams);
-}
-
-void checkParametersEmpty(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, emptyParams);
-}
-
-void checkParametersUnknown(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, unknownParams);
-}
-
-void checkParametersWrongType(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, wronglyTypedParams);
-}
-
-void checkParametersNotJson(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, notJsonParams);
-}
-
-void checkParametersHuge(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, hugeParams);
-}
-
-void checkParametersNested(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, nestedParams);
-}
-
-void checkParametersNotUtf8(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, notUtf8Params);
-}
-
-void checkParametersNul(Examination &examination, Verdicts &verdicts) {
-  judge(examination, verdicts, nulParams);
 }
 
 } // namespace norix::assistant::certify
