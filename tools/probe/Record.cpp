@@ -16,6 +16,8 @@ bool continuesCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
 }
 
+} // namespace
+
 std::string_view cut(std::string_view text) {
   if (text.size() <= Record::kLongestText) {
     return text;
@@ -26,8 +28,6 @@ std::string_view cut(std::string_view text) {
   }
   return text.substr(0, size);
 }
-
-} // namespace
 
 std::uint64_t now() {
   timespec time = {};
@@ -53,26 +53,6 @@ Record::Record(EventKind kind) {
   _size = sizeof header;
 }
 
-Record &Record::number(Field field, std::int64_t value) {
-  add(field, ValueType::Number, &value, sizeof value);
-  return *this;
-}
-
-Record &Record::boolean(Field field, bool value) {
-  add(field, ValueType::Boolean, &value, sizeof value);
-  return *this;
-}
-
-Record &Record::decimal(Field field, std::uint64_t value) {
-  add(field, ValueType::Decimal, &value, sizeof value);
-  return *this;
-}
-
-Record &Record::pointer(Field field, const void *value) {
-  add(field, ValueType::Pointer, &value, sizeof value);
-  return *this;
-}
-
 Record &Record::text(Field field, const char *value) {
   return value != nullptr ? text(field, std::string_view(value)) : *this;
 }
@@ -81,16 +61,6 @@ Record &Record::text(Field field, std::string_view value) {
   const std::string_view kept = cut(value);
   add(field, ValueType::Text, kept.data(), kept.size());
   return *this;
-}
-
-void Record::add(Field field, ValueType type, const void *value, std::size_t size) {
-  const FieldHeader header = {field, type, static_cast<std::uint16_t>(size)};
-  if (_size + sizeof header + size > _bytes.size()) {
-    return;
-  }
-  std::memcpy(&_bytes[_size], &header, sizeof header);
-  std::memcpy(&_bytes[_size + sizeof header], value, size);
-  _size += sizeof header + size;
 }
 
 } // namespace norix::probe

@@ -62,7 +62,9 @@ void Ring::copyIn(std::uint64_t position, const void *from, std::size_t size) {
   const std::size_t offset = position & kMask;
   const std::size_t first = std::min(size, kCapacity - offset);
   std::memcpy(&_bytes[offset], from, first);
-  std::memcpy(_bytes.data(), static_cast<const unsigned char *>(from) + first, size - first);
+  if (first < size) {
+    std::memcpy(_bytes.data(), static_cast<const unsigned char *>(from) + first, size - first);
+  }
 }
 
 void Ring::copyOut(std::uint64_t position, void *to, std::size_t size) {

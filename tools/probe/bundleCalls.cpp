@@ -47,6 +47,13 @@ constexpr const char *kActionType = "actionType";
 constexpr const char *kActionParams = "actionParams";
 constexpr const char *kRequestId = "requestId";
 
+// What was read of the latest request, while it is: the loop's thread alone gets here.
+struct {
+  const bundle *request = nullptr;
+  std::uint64_t number = 0;
+  RequestTexts texts;
+} latest;
+
 const char *textIn(bundle *request, const char *key) {
   char *text = nullptr;
   real::bundle_get_str(request, key, &text);
@@ -55,13 +62,15 @@ const char *textIn(bundle *request, const char *key) {
 
 // The library asks for the id once per request, before it does anything else with it.
 void reportReceived(bundle *request, const void *id) {
-  const RequestTexts texts = readRequest(request);
+  const RequestTexts texts = {textIn(request, kActionId), textIn(request, kActionType),
+                              textIn(request, kActionParams)};
+  latest = {request, countRequest(), texts};
   std::uint64_t requestId = 0;
   if (id != nullptr) {
     std::memcpy(&requestId, id, sizeof requestId);
   }
   Record received(EventKind::Received);
-  received.number(Field::Request, static_cast<std::int64_t>(countRequest()))
+  received.number(Field::Request, static_cast<std::int64_t>(latest.number))
       .text(Field::Action, texts.actionId)
       .decimal(Field::RequestId, requestId)
       .text(Field::Type, texts.actionType)
@@ -72,6 +81,9 @@ void reportReceived(bundle *request, const void *id) {
 } // namespace
 
 RequestTexts readRequest(bundle *request) {
+  if (request == latest.request && latest.number == latestRequest()) {
+    return latest.texts;
+  }
   return {textIn(request, kActionId), textIn(request, kActionType), textIn(request, kActionParams)};
 }
 

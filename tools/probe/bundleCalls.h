@@ -15,7 +15,7 @@ struct RequestTexts {
   const char *params = nullptr;
 };
 
-/// Reads a request without anybody noticing.
+/// Reads a request without anybody noticing. That of the latest request is at hand.
 RequestTexts readRequest(bundle *request);
 
 /// bundle_free() itself.

@@ -86,14 +86,15 @@ Call::Call(const char *action)
 
 Call::~Call() {
   Record left(EventKind::CallbackLeft);
+  const std::uint64_t end = left.time();
   left.number(Field::Request, static_cast<std::int64_t>(_request))
       .text(Field::Action, runningAction.load(std::memory_order_relaxed))
-      .number(Field::Held, static_cast<std::int64_t>(now() - _since));
+      .number(Field::Held, static_cast<std::int64_t>(end - _since));
   if (std::uncaught_exceptions() > _exceptions) {
     left.text(Field::Exception, lastException().type).text(Field::What, lastException().what);
   }
   report(left);
-  beat();
+  beat(end);
   setRunning(_outer);
 }
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // dlog_print() and dlog_vprint(): each line is passed on, and reported in its parts.
+#include "probe/LogText.h"
 #include "probe/Reporter.h"
 #include "probe/real.h"
 
 #include <dlog.h>
 
-#include <array>
 #include <cstdarg>
-#include <cstdio>
 #include <cstring>
+#include <string_view>
 
 using norix::probe::kDlogLibrary;
 
@@ -44,24 +44,21 @@ const char *readPlace(Record &log, const char *format, Arguments &arguments) {
   if (isLibrary) {
     (void)va_arg(arguments.list, const char *); // The version, the same in every line.
   }
-  log.text(Field::File, va_arg(arguments.list, const char *));
-  log.text(Field::Function, va_arg(arguments.list, const char *));
+  log.constant(Field::File, va_arg(arguments.list, const char *));
+  log.constant(Field::Function, va_arg(arguments.list, const char *));
   log.number(Field::Line, va_arg(arguments.list, int));
   return format + (isLibrary ? kLibraryPrefix : kChannelPrefix).size();
 }
 
 void readText(Record &log, const char *format, Arguments &arguments) {
-  if (std::strchr(format, '%') == nullptr) {
-    log.text(Field::Text, format);
-    return;
-  }
-  if (std::strcmp(format, "%s") == 0) {
+  const char *const mark = strchrnul(format, '%');
+  if (*mark == '\0') {
+    log.constant(Field::Text, format);
+  } else if (mark == format && std::strcmp(format, "%s") == 0) {
     log.text(Field::Text, va_arg(arguments.list, const char *));
-    return;
-  }
-  std::array<char, Record::kLongestText + 1> text;
-  if (std::vsnprintf(text.data(), text.size(), format, arguments.list) >= 0) {
-    log.text(Field::Text, text.data());
+  } else {
+    const LogText text(format, arguments.list);
+    log.text(Field::Text, text.view());
   }
 }
 
@@ -72,7 +69,7 @@ void reportLine(int priority, const char *tag, const char *format, va_list list)
   Arguments arguments;
   va_copy(arguments.list, list);
   Record log(EventKind::Log);
-  log.number(Field::Priority, priority).text(Field::Tag, tag);
+  log.number(Field::Priority, priority).constant(Field::Tag, tag);
   const char *const rest = readPlace(log, format, arguments);
   readText(log, rest, arguments);
   va_end(arguments.list);

@@ -26,7 +26,7 @@ unsigned char onTimer(void *data) {
   if (reinterpret_cast<std::uintptr_t>(data) != generation) {
     return 0;
   }
-  beat();
+  beat(now());
   return 1;
 }
 
@@ -58,9 +58,9 @@ void stopHeartbeat() {
   lastTurn = 0;
 }
 
-void beat() {
+void beat(std::uint64_t time) {
   if (lastTurn.load(std::memory_order_relaxed) != 0) {
-    lastTurn.store(now(), std::memory_order_relaxed);
+    lastTurn.store(time, std::memory_order_relaxed);
   }
 }
 

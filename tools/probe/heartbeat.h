@@ -2,6 +2,8 @@
 #ifndef NORIX_PROBE_HEARTBEAT_H
 #define NORIX_PROBE_HEARTBEAT_H
 
+#include <cstdint>
+
 namespace norix::probe {
 
 /// Notices a main loop that stands still outside the callbacks: in a timer, a job, an event handler
@@ -12,8 +14,9 @@ namespace norix::probe {
 void startHeartbeat();
 void stopHeartbeat();
 
-/// Notes that the loop turns. Also for a callback that returns: it reports itself when it was long.
-void beat();
+/// Notes that the loop turns, at this time. Also for a callback that returns: it reports itself
+/// when it was long.
+void beat(std::uint64_t time);
 
 /// Sends the event of a loop that is held; called by the sending thread now and then.
 void watchLoop();

@@ -129,6 +129,9 @@ void writeValue(Writer &writer, const Record::FieldHeader &header, const unsigne
   case ValueType::Text:
     writer.text({reinterpret_cast<const char *>(value), header.size});
     break;
+  case ValueType::ConstantText:
+    writer.text(cut(valueAt<const char *>(value)));
+    break;
   }
 }
 

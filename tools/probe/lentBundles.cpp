@@ -3,7 +3,6 @@
 
 #include "probe/Reporter.h"
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -12,15 +11,13 @@
 namespace norix::probe {
 namespace {
 
-constexpr std::size_t kRemembered = 16;
+constexpr std::size_t kRemembered = 8;
 // Beyond this many bytes of parameters a bundle is freed when the library says so.
 constexpr std::size_t kLargestKept = 16384;
 
 enum class Loaned { Running, Over, Kept, Freed };
 
 struct Entry {
-  // Read without the lock, to see quickly that a bundle was never lent.
-  std::atomic<const bundle *> lent{nullptr};
   Loaned state = Loaned::Freed;
   std::uint64_t request = 0;
   bool isSmall = false;
@@ -28,16 +25,24 @@ struct Entry {
 };
 
 std::array<Entry, kRemembered> entries;
+// The bundle of each entry. Read without the lock, and side by side, to see quickly that a bundle
+// was never lent: every call of bundle.h looks.
+std::array<std::atomic<const bundle *>, kRemembered> lentBundles{};
 std::size_t nextEntry = 0;
 std::atomic<bool> anyLent{false};
 std::mutex mutex;
 
+std::atomic<const bundle *> &bundleOf(const Entry &entry) {
+  return lentBundles[static_cast<std::size_t>(&entry - entries.data())];
+}
+
 Entry *find(const bundle *wanted) {
-  const auto isWanted = [wanted](const Entry &entry) {
-    return entry.lent.load(std::memory_order_relaxed) == wanted;
-  };
-  const auto found = std::find_if(entries.begin(), entries.end(), isWanted);
-  return found != entries.end() ? &*found : nullptr;
+  for (std::size_t at = 0; at < kRemembered; ++at) {
+    if (lentBundles[at].load(std::memory_order_relaxed) == wanted) {
+      return &entries[at];
+    }
+  }
+  return nullptr;
 }
 
 bool wasLent(const bundle *wanted) {
@@ -51,7 +56,7 @@ void reportMisuse(EventKind kind, std::uint64_t request, const char *function) {
 }
 
 void forget(Entry &entry) {
-  auto *const lent = const_cast<bundle *>(entry.lent.exchange(nullptr));
+  auto *const lent = const_cast<bundle *>(bundleOf(entry).exchange(nullptr));
   if (entry.state == Loaned::Kept) {
     freeReally(lent);
   }
@@ -62,7 +67,7 @@ Entry &makeRoom() {
   for (std::size_t tried = 0; tried < kRemembered; ++tried) {
     Entry &entry = entries[nextEntry];
     nextEntry = (nextEntry + 1) % kRemembered;
-    if (entry.state != Loaned::Running || entry.lent == nullptr) {
+    if (entry.state != Loaned::Running || bundleOf(entry) == nullptr) {
       forget(entry);
       return entry;
     }
@@ -81,8 +86,8 @@ Loan::Loan(bundle *lent, std::uint64_t request, const RequestTexts &texts) : _le
   entry.isSmall =
       texts.params == nullptr || strnlen(texts.params, kLargestKept + 1) <= kLargestKept;
   entry.useReported = false;
-  entry.lent = lent;
-  anyLent = true;
+  bundleOf(entry).store(lent, std::memory_order_relaxed);
+  anyLent.store(true, std::memory_order_relaxed);
 }
 
 Loan::~Loan() {
@@ -136,7 +141,7 @@ void noteCreated(const bundle *created) {
   }
   const std::lock_guard<std::mutex> lock(mutex);
   if (Entry *const entry = find(created)) {
-    entry->lent = nullptr;
+    bundleOf(*entry).store(nullptr, std::memory_order_relaxed);
   }
 }
 

@@ -54,6 +54,14 @@ CodeRange findLibrary() {
 
 } // namespace
 
+std::uintptr_t norixLibraryBase() {
+  Dl_info info = {};
+  void *const known = dlsym(RTLD_NEXT, "norix_initialize");
+  return known != nullptr && dladdr(known, &info) != 0
+             ? reinterpret_cast<std::uintptr_t>(info.dli_fbase)
+             : 0;
+}
+
 void *findReal(const char *function, const char *library) {
   if (void *const found = lookUp(function, library)) {
     return found;

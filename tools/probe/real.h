@@ -3,6 +3,7 @@
 #define NORIX_PROBE_REAL_H
 
 #include <atomic>
+#include <cstdint>
 
 namespace norix::probe {
 
@@ -43,6 +44,9 @@ private:
 /// Whether an address is in the code of libnorix.so. Also true when the library is not to be found,
 /// because it was linked statically: its calls must never be taken for the application's.
 bool isInLibrary(const void *address);
+
+/// Where libnorix.so is loaded, if it is behind the probe; 0 otherwise.
+std::uintptr_t norixLibraryBase();
 
 inline constexpr const char *kNorixLibrary = "libnorix.so.1";
 inline constexpr const char *kBundleLibrary = "libbundle.so.0";

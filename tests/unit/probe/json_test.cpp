@@ -67,6 +67,24 @@ TEST(AnEventsText, IsWhatItWas) {
   EXPECT_EQ(textBack("quoted \"Björk\" \\ tab\t bell\a 🎵"), "quoted \"Björk\" \\ tab\t bell\a 🎵");
 }
 
+TEST(AnEventsText, OfTheProgramsOwnIsWhatItWas) {
+  Record record(EventKind::Log);
+  record.constant(Field::Tag, "MUSIC").constant(Field::File, nullptr);
+
+  const json event = json::parse(lineOf(record));
+  EXPECT_EQ(event.at("tag"), "MUSIC");
+  EXPECT_FALSE(event.contains("file"));
+}
+
+TEST(AnEventsText, ThatChangesAfterwardsIsWhatItWas) {
+  std::string tag = "MUSIC";
+  Record record(EventKind::Log);
+  record.constant(Field::Tag, tag.c_str());
+  tag = "OTHER";
+
+  EXPECT_EQ(json::parse(lineOf(record)).at("tag"), "MUSIC");
+}
+
 TEST(AnEventsText, ShowsBytesThatAreNoUtf8AsTheirNumbers) {
   EXPECT_EQ(textBack("Beyonc\xe9!"), "Beyonc\xc3\xa9!");
 }
