@@ -58,7 +58,7 @@ void readKeys(Reading &reading, const YamlNode &node, Draft &draft) {
   constexpr std::array<const char *, 4> kTaken = {"actionId", "actionType", "actionParams",
                                                   "requestId"};
   for (const YamlMember &member : node.members) {
-    if (reading.text(member.key, "a key").empty()) {
+    if (member.key.text.empty() || member.key.text.find('\0') != std::string::npos) {
       reading.expected(member.key, "a key of the bundle");
     }
     if (std::find(kTaken.begin(), kTaken.end(), member.key.text) != kTaken.end()) {

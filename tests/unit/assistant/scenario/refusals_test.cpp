@@ -109,7 +109,7 @@ const std::vector<Refusal> kRefusals = {
     {"BytesWithANul", withStep("run: a, params-base64: 'QQBB'"), "2:33", "bytes with a NUL"},
     {"ATextWithANul", withStep(R"(run: "a\0b")"), "2:15", "a text with a NUL"},
     {"AKeyOfTheBundleWithANul", withStep(R"(run: a, set: {"a\0b": c})"), "2:24",
-     "a text with a NUL"},
+     "expected a key of the bundle"},
     {"AKeyOfTheBundleThatIsEmpty", withStep("run: a, set: {'': b}"), "2:24",
      "expected a key of the bundle, got ''"},
     {"ANumberThatIsTooLarge", withStep("run: a, params: {x: [1, -1e999]}"), "2:34",
