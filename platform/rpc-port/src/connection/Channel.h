@@ -39,6 +39,8 @@ public:
   void setReading(bool reading);
 
   Input receive();
+  /// Whether the peer has not sent anything yet.
+  bool isUntouched() const { return _reader.isUntouched(); }
   Inbox &inbox() { return _inbox; }
   SendOutcome send(OutgoingMessage &message);
   /// @return false when the peer takes nothing any more.

@@ -93,7 +93,9 @@ void Lobby::channelReady(Channel &channel, FdWatch::Events events) {
   const Channel::Input input = channel.receive();
   const bool hasEnded = input == Channel::Input::Closed || input == Channel::Input::Invalid;
   if (channel.inbox().empty()) {
-    if (hasEnded) {
+    if (hasEnded && channel.isUntouched()) {
+      remove(guest); // Somebody looked whether anybody listens.
+    } else if (hasEnded) {
       refuse(guest, "it has said no hello");
     }
     return;

@@ -32,6 +32,8 @@ public:
   /// @throw std::bad_alloc
   bool take(std::size_t size, Inbox &inbox);
 
+  /// Whether nothing was taken yet.
+  bool isUntouched() const { return !_isGreeted && _prefixBytes == 0; }
   /// Whether the first frame, the greeting, has arrived.
   bool isGreeted() const { return _isGreeted; }
 

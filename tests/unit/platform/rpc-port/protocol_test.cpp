@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a stub makes of peers that keep to the protocol, and of those that do not.
 #include "support/Ends.h"
+#include "support/Log.h"
 #include "support/RawSocket.h"
 
 #include <gmock/gmock.h>
@@ -189,6 +190,19 @@ TEST_F(AStub, DropsASocketWhoseHelloIsCutAtAnyByte) {
     ASSERT_TRUE(runUntil([&] { return countDescriptors() == before; })) << cut;
   }
   EXPECT_THAT(stub.instances, IsEmpty());
+}
+
+TEST_F(AStub, SaysNothingOfSomebodyWhoOnlyLooksWhetherItListens) {
+  const Log log(directory() + "/log");
+
+  const std::size_t before = countDescriptors();
+  dial().reset();
+  settle();
+  ASSERT_TRUE(runUntil([&] { return countDescriptors() == before; }));
+  EXPECT_THAT(log.text(), IsEmpty());
+
+  dial(helloFrame(0).substr(0, 5)).reset();
+  EXPECT_TRUE(runUntil([&] { return log.text().find("said no hello") != std::string::npos; }));
 }
 
 TEST_F(AStub, EndsAConnectionOfWhichOneSocketIsClosedHalf) {
