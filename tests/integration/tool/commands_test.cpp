@@ -269,6 +269,14 @@ TEST_F(TheTool, WorksForAUserThatNobodyKnows) {
   Process music = started({std::string(MUSIC_EXAMPLE) + "/bin/music"});
 
   const Outcome outcome = started({ASSISTANT_COMMAND, "state", kMusic, "--wait", "20"}).finish();
+  for (const std::vector<std::string> &look : {std::vector<std::string>{"doctor", MUSIC_EXAMPLE},
+                                               {"list", "--actions"},
+                                               {"monitor", kMusic},
+                                               {"launch", "--stop", kMusic}}) {
+    std::vector<std::string> command{ASSISTANT_COMMAND};
+    command.insert(command.end(), look.begin(), look.end());
+    started(command).finish();
+  }
   music.signal(SIGTERM);
 
   EXPECT_EQ(outcome.status, 0) << outcome.err;

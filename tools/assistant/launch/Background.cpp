@@ -82,6 +82,7 @@ LeftRunning launchInBackground(const Target &target, const LaunchOptions &option
   const Descriptor reading(ends[0]);
   Descriptor writing(ends[1]);
   LeftRunning left;
+  makeRuntimeFolder();
   left.log = runtimePath(target.id, ".log");
   const pid_t supervisor = fork();
   if (supervisor < 0) {

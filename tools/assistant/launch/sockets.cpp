@@ -48,6 +48,17 @@ std::optional<sockaddr_un> addressOf(const std::string &path) {
   return address;
 }
 
+std::string ownFolder() {
+  std::string path = folderPath();
+  struct stat status = {};
+  const bool isThere = lstat(path.c_str(), &status) == 0;
+  const bool isOwn = S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+  if (isThere && (!isOwn || (status.st_mode & 077) != 0)) {
+    throw std::runtime_error("'" + path + "' is not a folder of this user alone; remove it");
+  }
+  return path;
+}
+
 Descriptor makeSocket() {
   return Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
@@ -60,25 +71,19 @@ Descriptor::~Descriptor() {
   }
 }
 
-std::string runtimeFolder() {
-  std::string path = folderPath();
+void makeRuntimeFolder() {
+  const std::string path = folderPath();
   if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
     throw std::runtime_error("cannot make '" + path + "': " + std::strerror(errno)
                              + "; set XDG_RUNTIME_DIR to a folder of your own");
   }
-  struct stat status = {};
-  if (lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid()
-      || (status.st_mode & 077) != 0) {
-    throw std::runtime_error("'" + path + "' is not a folder of this user alone; remove it");
-  }
-  return path;
 }
 
 std::string runtimePath(const std::string &appId, const std::string &suffix) {
   const bool isShort = appId.size() <= kLongestName;
   const std::string name =
       isShort ? appId : appId.substr(0, kLongestName - 12) + "-" + hashOf(appId);
-  return runtimeFolder() + "/" + name + suffix;
+  return ownFolder() + "/" + name + suffix;
 }
 
 Descriptor listenAt(const std::string &path) {
@@ -86,6 +91,7 @@ Descriptor listenAt(const std::string &path) {
   if (!address || connectTo(path)) {
     return Descriptor();
   }
+  makeRuntimeFolder();
   unlink(path.c_str());
   Descriptor listening = makeSocket();
   const auto *const raw = reinterpret_cast<const sockaddr *>(&*address);

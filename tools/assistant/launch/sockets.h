@@ -26,16 +26,19 @@ private:
   int _number;
 };
 
-/// The user's own folder for what launched applications and their watchers share, made when it is
-/// not there: in $XDG_RUNTIME_DIR, else in the temporary folder. Mode 0700.
-/// @throw std::runtime_error when it belongs to somebody else, or cannot be made
-std::string runtimeFolder();
-
-/// A path in that folder for an application, short enough for a socket.
+/// A path for an application, short enough for a socket, in the user's own folder for what launched
+/// applications and their watchers share: in $XDG_RUNTIME_DIR, else in the temporary folder. The
+/// folder need not be there.
+/// @throw std::runtime_error when the folder belongs to somebody else
 std::string runtimePath(const std::string &appId, const std::string &suffix);
 
-/// A non-blocking Unix socket that listens at a path, where a dead one is replaced. None when
+/// Makes that folder, mode 0700, when it is not there. Who only looks leaves nothing behind.
+/// @throw std::runtime_error when it cannot be made
+void makeRuntimeFolder();
+
+/// A non-blocking Unix socket that listens at such a path, where a dead one is replaced. None when
 /// another process listens there, or it cannot be made.
+/// @throw std::runtime_error when the folder cannot be made
 Descriptor listenAt(const std::string &path);
 
 /// A non-blocking connection to a path. None when nobody listens.
