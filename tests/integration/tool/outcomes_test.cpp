@@ -200,6 +200,19 @@ TEST_P(ASignal, EndsACommandAtOnceWithoutAnAnswer) {
   EXPECT_THAT(assistant.readAll(), IsEmpty());
 }
 
+// The main loop takes the signals over for a moment when it starts.
+TEST_P(ASignal, EndsACommandWhoseMainLoopJustStarts) {
+  TestApplication application(runtime);
+  application.setState();
+  Process assistant({ASSISTANT_COMMAND, "state", application.id()},
+                    {{"LD_PRELOAD", EARLY_SIGNAL},
+                     {"EARLY_SIGNAL", std::to_string(GetParam().number)},
+                     {"ASAN_OPTIONS", "verify_asan_link_order=0"}});
+
+  EXPECT_EQ(assistant.wait(), GetParam().status);
+  EXPECT_THAT(assistant.readAll(), IsEmpty());
+}
+
 TEST_P(ASignal, IsAnOutcomeInJson) {
   TestApplication application(runtime);
   application.setState();

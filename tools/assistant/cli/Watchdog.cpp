@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/cli/Watchdog.h"
 
+#include <Ecore.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -33,6 +35,19 @@ Outcome outcomeOf(int signal) {
     return Outcome::Interrupted;
   }
   return signal == SIGTERM ? Outcome::Terminated : Outcome::HungUp;
+}
+
+int signalOf(int type, const void *event) {
+  if (type == ECORE_EVENT_SIGNAL_HUP) {
+    return SIGHUP;
+  }
+  return static_cast<const Ecore_Event_Signal_Exit *>(event)->interrupt ? SIGINT : SIGTERM;
+}
+
+// To the process, where the watchdog waits for it.
+Eina_Bool sendAgain(void * /*unused*/, int type, void *event) {
+  (void)kill(getpid(), signalOf(type, event));
+  return ECORE_CALLBACK_DONE;
 }
 
 timespec toTimespec(std::chrono::nanoseconds time) {
@@ -113,6 +128,8 @@ void Watchdog::finish() {
 void Watchdog::blockSignals() {
   const sigset_t signals = watchedSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, sendAgain, nullptr);
+  ecore_event_handler_add(ECORE_EVENT_SIGNAL_HUP, sendAgain, nullptr);
 }
 
 double Watchdog::secondsPassed() const {

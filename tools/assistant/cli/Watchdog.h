@@ -31,7 +31,8 @@ public:
   void expect(const std::string &what, const Ending &late);
   /// Called before the process is ended.
   void onEnd(std::function<void()> action);
-  /// Blocks the signals again: Ecore unblocks them in the thread that starts it.
+  /// Blocks the signals again: Ecore unblocks them in the thread that starts it. To be called right
+  /// after that; a signal that Ecore got in between is sent again, when its loop runs.
   static void blockSignals();
   /// Claims the end for the caller, who then shows its own ending: the time cannot run out any
   /// more. Does not return when it has run out already.

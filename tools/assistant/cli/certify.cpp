@@ -9,7 +9,6 @@
 #include "assistant/client/MainLoop.h"
 
 #include <cmath>
-#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
@@ -113,8 +112,6 @@ Ending certifyApplication(const CertifyOptions &options, Console &console) {
   });
   const MainLoop loop;
   Watchdog::blockSignals();
-  // Ecore would wait for processes that are not its own, and take their exit status away.
-  std::signal(SIGCHLD, SIG_DFL);
   {
     const std::lock_guard<std::mutex> lock(making);
     examination.emplace(options.order);

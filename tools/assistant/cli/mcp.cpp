@@ -19,6 +19,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
@@ -61,6 +62,9 @@ std::vector<mcp::Offered> offeredBy(const McpOptions &options) {
 
 // Its log is the user's to filter: this process silences only its own.
 void startApplication(const mcp::Offered &application, const std::string &logFilter) {
+  // Those that were started before and have ended.
+  while (waitpid(-1, nullptr, WNOHANG) > 0) {
+  }
   const launch::Target target = launch::findTarget(application.folder);
   launch::StartOptions options;
   options.mergesOutput = true;

@@ -6,7 +6,9 @@ namespace norix::assistant {
 
 /**
  * @brief Ecore, while this object lives.
- * @details For programs that have no loop of their own: a command line, a test, a benchmark.
+ * @details For programs that have no loop of their own: a command line, a test, a benchmark. What
+ *          becomes of SIGCHLD stays as it was: Ecore would wait for the program's child processes,
+ *          and take their exit status away.
  */
 class MainLoop {
 public:
