@@ -93,7 +93,16 @@ class TheProbe : public IntegrationTest {
 protected:
   TheProbe() { runtime.install(kId, "1.0-beta"); }
 
-  std::string socketPath() const { return runtime.write("marker", "").parent_path() / "probe"; }
+  void SetUp() override {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP()
+        << "AddressSanitizer's run-time library has to be loaded first, and so has the probe";
+#endif
+  }
+
+  std::string socketPath() const {
+    return runtime.write("marker", "").parent_path() / "probe";
+  }
 
   static Process startApplication(const std::vector<std::string> &arguments,
                                   const std::string &socket) {
