@@ -167,12 +167,12 @@ TEST_F(ThePage, ShowsEveryStepToScaleAndOpensFailures) {
                   AllOf(HasSubstr("-The volume is 27"), HasSubstr("+The volume is 26")));
     }
     for (const Stretch &exchange : exchangesOf(steps[i])) {
-      // A bar is two units of 960 wide at least, of which 840 are the whole time.
-      const double whole = barsOf(shown.at("chart"), "assistant").back().second;
-      EXPECT_THAT(
-          barsOf(shown.at("chart"), "assistant"),
-          testing::Contains(testing::Pair(testing::DoubleNear(exchange.first, whole / 200),
-                                          testing::DoubleNear(exchange.second, whole / 200))));
+      // However short, a bar is drawn with a four-hundredth of the whole time.
+      const json &chart = shown.at("chart");
+      const double most = chart.at("ticks").back().at("milliseconds").get<double>() / 100;
+      EXPECT_THAT(barsOf(chart, "assistant"),
+                  testing::Contains(testing::Pair(testing::DoubleNear(exchange.first, most),
+                                                  testing::DoubleNear(exchange.second, most))));
       ++exchanges;
     }
   }

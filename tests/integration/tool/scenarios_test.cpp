@@ -21,7 +21,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using testing::StartsWith;
 
 constexpr const char *kFailingScenario =
     SOURCE_FOLDER "/examples/music/scenarios-that-fail/volume.yaml";
