@@ -297,7 +297,18 @@ TEST_F(ALaunchedApplication, IsNoChildOfItsLauncher) {
   EXPECT_EQ(waitpid(pid, nullptr, WNOHANG), -1);
 }
 
-TEST_F(ALaunchedApplication, InheritsTheStandardStreamsAlone) {
+// A reader of the launcher's output would otherwise wait for the end of the application.
+TEST_F(ALaunchedApplication, SharesNoStreamWithItsLauncherButStandardError) {
+  Request("ignore").send();
+  ASSERT_TRUE(awaitLines(1));
+  const fs::path descriptors = "/proc/" + seen().front().substr(7) + "/fd";
+
+  EXPECT_EQ(fs::read_symlink(descriptors / "0"), "/dev/null");
+  EXPECT_EQ(fs::read_symlink(descriptors / "1"), "/dev/null");
+  EXPECT_EQ(fs::read_symlink(descriptors / "2"), fs::read_symlink("/proc/self/fd/2"));
+}
+
+TEST_F(ALaunchedApplication, InheritsNoOtherDescriptor) {
   const int own = open(path("inherited").c_str(), O_RDONLY | O_CREAT, 0600);
   Request("ignore").send();
   ASSERT_TRUE(awaitLines(1));
