@@ -209,6 +209,8 @@ private:
 
 // Again whenever a scenario or the application has changed; Ctrl-C ends it.
 [[noreturn]] void watch(const TestOptions &options, Console &console) {
+  // A signal that comes between two watchdogs waits for the next.
+  Watchdog::blockSignals();
   while (true) {
     scenario::Changes changes;
     changes.add(options.selection.paths, options.application);
