@@ -241,6 +241,15 @@ TEST_F(TheBridge, EndsWithItsInput) {
   EXPECT_EQ(outcome.status, 0);
 }
 
+TEST_F(TheBridge, EndsWithTheStatusOfASignal) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    Process bridge = startBridge();
+    bridge.signal(number);
+
+    EXPECT_EQ(bridge.wait(), 128 + number);
+  }
+}
+
 TEST_F(TheBridge, LetsTheCallInProgressFinishAfterItsInputHasEnded) {
   TestApplication application(runtime);
   application.setAction("play");

@@ -58,6 +58,10 @@ timespec toTimespec(std::chrono::nanoseconds time) {
 
 } // namespace
 
+Outcome outcomeOfSignal(int type, const void *event) {
+  return outcomeOf(signalOf(type, event));
+}
+
 struct Watchdog::State {
   explicit State(Console &shown) : console(shown) {}
 

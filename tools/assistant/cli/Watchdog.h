@@ -11,6 +11,9 @@
 
 namespace norix::assistant::cli {
 
+/// How a command ends that Ecore tells of a signal: by ECORE_EVENT_SIGNAL_EXIT or …_HUP.
+Outcome outcomeOfSignal(int type, const void *event);
+
 /// Ends the process when its time is up, or at once on SIGINT, SIGTERM and SIGHUP.
 ///
 /// It is a thread of its own, because whatever the main thread waits for may not return in time: a

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/cli/Program.h"
 #include "assistant/cli/Turn.h"
+#include "assistant/cli/Watchdog.h"
 #include "assistant/cli/commands.h"
 #include "assistant/cli/declared.h"
 #include "assistant/cli/exchangeOptions.h"
@@ -13,6 +14,8 @@
 #include "assistant/mcp/preview.h"
 #include "assistant/scenario/Recorder.h"
 #include "assistant/trace/visible.h"
+
+#include <Ecore.h>
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -139,6 +142,13 @@ std::optional<Recording> recordingFor(const McpOptions &options,
   return Recording(options, applications.front());
 }
 
+// A client may end the bridge by a signal: what was recorded is saved then too.
+Eina_Bool onSignal(void *ending, int type, void *event) {
+  static_cast<Ending *>(ending)->outcome = outcomeOfSignal(type, event);
+  ecore_main_loop_quit();
+  return ECORE_CALLBACK_DONE;
+}
+
 Ending serve(const McpOptions &options, Console &console) {
   mcp::Bridge::Settings settings;
   settings.applications = offeredBy(options);
@@ -173,11 +183,14 @@ Ending serve(const McpOptions &options, Console &console) {
   setenv("DLOG_FILTER", "*:S", 0);
   const int output = takeStandardOutput();
   const MainLoop loop;
+  Ending ending;
+  ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, onSignal, &ending);
+  ecore_event_handler_add(ECORE_EVENT_SIGNAL_HUP, onSignal, &ending);
   mcp::Bridge(std::move(settings), STDIN_FILENO, output).run();
   if (recording) {
     recording->save(console);
   }
-  return {};
+  return ending;
 }
 
 Ending check(const McpOptions &options, const Console &console) {
