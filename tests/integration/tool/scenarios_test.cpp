@@ -106,18 +106,6 @@ TEST_F(TheTestCommand, PlaysAgainWhenAFileChangesUntilItIsInterrupted) {
     while (watching.readLine().find(part) == std::string::npos) {
     }
   };
-  const auto awaitRounds = [&watching](long count) {
-    const std::string waits = "waiting for a change";
-    for (long rounds = 0; rounds < count;) {
-      std::this_thread::yield();
-      const std::string said = watching.errors();
-      rounds = 0;
-      for (std::size_t at = said.find(waits); at != std::string::npos;
-           at = said.find(waits, at + 1)) {
-        ++rounds;
-      }
-    }
-  };
 
   awaitLineWith("✓ First");
   runtime.write(name, "name: Second\nstepz: [{state: }]");
@@ -125,11 +113,10 @@ TEST_F(TheTestCommand, PlaysAgainWhenAFileChangesUntilItIsInterrupted) {
   runtime.write("watched/b.yaml", "name: Another\nsteps: [{state: }]");
   runtime.write(name, "name: Third\nsteps: [{state: }]");
   awaitLineWith("✓ Third");
-  awaitRounds(3);
+  awaitLineWith("✓ Another");
   watching.signal(SIGINT);
 
   EXPECT_EQ(watching.wait(), 128 + SIGINT);
-  EXPECT_THAT(watching.readAll(), HasSubstr("✓ Another"));
 }
 
 TEST_F(TheTestCommand, PlaysNothingWhenAFileIsRefused) {
