@@ -35,10 +35,14 @@ void redirect(const std::string &log) {
 
 // The process that stays with the application. It says on the pipe when the application listens.
 [[noreturn]] void superviseInBackground(const Target &target, const LaunchOptions &options,
-                                        const std::string &log, int announce) {
+                                        const std::string &log, int announce, pid_t starter) {
   setsid();
   if (options.endsWithStarter) {
     prctl(PR_SET_PDEATHSIG, SIGTERM);
+    // It may be gone already.
+    if (getppid() != starter) {
+      _exit(0);
+    }
   }
   int status = 0;
   redirect(log);
@@ -84,12 +88,13 @@ LeftRunning launchInBackground(const Target &target, const LaunchOptions &option
   LeftRunning left;
   makeRuntimeFolder();
   left.log = runtimePath(target.id, ".log");
+  const pid_t starter = getpid();
   const pid_t supervisor = fork();
   if (supervisor < 0) {
     throw LaunchError(std::string("cannot start a process: ") + std::strerror(errno));
   }
   if (supervisor == 0) {
-    superviseInBackground(target, options, left.log, writing.get());
+    superviseInBackground(target, options, left.log, writing.get(), starter);
   }
 
   writing = Descriptor();

@@ -32,6 +32,21 @@ std::string makeFolder() {
   return path;
 }
 
+// Workers that were killed leave launchers behind, which end their applications first: they are
+// children of this process then, and write to the folder until they end. Others that an application
+// has left running are not waited for.
+void awaitOrphans() {
+  constexpr int kMostPauses = 300;
+  constexpr useconds_t kPause = 10000;
+  pid_t ended = 0;
+  for (int pauses = 0; ended >= 0 && pauses < kMostPauses; pauses += ended == 0 ? 1 : 0) {
+    ended = waitpid(-1, nullptr, WNOHANG);
+    if (ended == 0) {
+      usleep(kPause);
+    }
+  }
+}
+
 bool isShared(const Scenario &scenario) {
   return !scenario.application.running.empty();
 }
@@ -50,16 +65,21 @@ Pool::~Pool() {
 void Pool::abandon() {
   const std::lock_guard<std::mutex> lock(_mutex);
   _isAbandoned = true;
+  const bool isPlaying = !_workers.empty();
   for (const Worker &worker : _workers) {
     kill(worker.process, SIGTERM);
     waitpid(worker.process, nullptr, 0);
   }
   _workers.clear();
+  if (isPlaying) {
+    awaitOrphans();
+  }
   std::error_code ignored;
   fs::remove_all(_folder, ignored);
 }
 
 void Pool::play(const std::vector<Scenario> &scenarios, const Done &done) {
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
   _scenarios = &scenarios;
   _isStarted.assign(scenarios.size(), false);
   _results.clear();
