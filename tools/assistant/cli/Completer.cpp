@@ -170,7 +170,7 @@ Candidates argumentsFor(const std::string &name, const std::vector<std::string> 
   if (name == "ACTION") {
     return actionsOf(before.front());
   }
-  if (name == "KEY=VALUE") {
+  if (name == "PARAMETER") {
     return parametersOf(before[0], before[1]);
   }
   if (name == "SHELL") {

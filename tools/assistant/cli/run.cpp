@@ -47,9 +47,12 @@ void addRun(Program &program) {
                   [options](Console &console) { return run(*options, console); });
   addExchangeOptions(command, options->exchange);
   command.add_option("ACTION", options->actionId, "The id of the action")->required();
-  command.add_option("KEY=VALUE", options->pairs,
-                     "Parameters, sent as one JSON object; a value that is a JSON number, true, "
-                     "false or null stays so, any other is a string. KEY:=JSON takes any JSON");
+  // Newer versions of CLI11 refuse a name with "=" in it.
+  command
+      .add_option("PARAMETER", options->pairs,
+                  "Sent as one JSON object; a value that is a JSON number, true, "
+                  "false or null stays so, any other is a string. KEY:=JSON takes any JSON")
+      ->type_name("KEY=VALUE");
   command
       .add_option("--params", options->params,
                   "The parameters, sent as they are; from a file with @FILE, from standard input "
