@@ -6,7 +6,11 @@
 #include "integration/harness/Named.h"
 #include "integration/harness/TestApplication.h"
 
+#include <Ecore.h>
+
 #include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace integration {
 namespace {
@@ -24,6 +28,24 @@ protected:
 
   TestApplication application{runtime};
 };
+
+// Without the harness, whose processes reset SIGCHLD.
+TEST(AMainLoop, LeavesTheExitStatusOfAChildToTheProgram) {
+  constexpr int kStatus = 7;
+  const norix::assistant::MainLoop loop;
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(kStatus);
+  }
+  siginfo_t ended = {};
+  ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT), 0);
+
+  ecore_main_loop_iterate();
+
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(WEXITSTATUS(status), kStatus);
+}
 
 class AChildThatEnds : public AChild, public testing::WithParamInterface<Named<const char *>> {};
 
