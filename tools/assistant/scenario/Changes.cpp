@@ -28,17 +28,18 @@ void Changes::await() const {
 }
 
 // A file may go away at any time: then it has no time, and a folder nothing in it.
-Changes::Times Changes::look() const {
-  Times times;
+Changes::Versions Changes::look() const {
+  Versions versions;
   std::error_code ignored;
   for (const std::string &path : _paths) {
-    times[path] = fs::last_write_time(path, ignored);
+    versions[path] = {fs::last_write_time(path, ignored), fs::file_size(path, ignored)};
     for (fs::recursive_directory_iterator entry(path, ignored); entry != end(entry);
          entry.increment(ignored)) {
-      times[entry->path().string()] = entry->last_write_time(ignored);
+      versions[entry->path().string()] = {entry->last_write_time(ignored),
+                                          entry->file_size(ignored)};
     }
   }
-  return times;
+  return versions;
 }
 
 } // namespace norix::assistant::scenario

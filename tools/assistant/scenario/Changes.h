@@ -2,9 +2,11 @@
 #ifndef NORIX_ASSISTANT_SCENARIO_CHANGES_H
 #define NORIX_ASSISTANT_SCENARIO_CHANGES_H
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace norix::assistant::scenario {
@@ -19,11 +21,13 @@ public:
   void await() const;
 
 private:
-  using Times = std::map<std::string, std::filesystem::file_time_type>;
-  Times look() const;
+  /// When it was written, and its size: a file that is being written may change both at one time.
+  using Version = std::pair<std::filesystem::file_time_type, std::uintmax_t>;
+  using Versions = std::map<std::string, Version>;
+  Versions look() const;
 
   std::vector<std::string> _paths;
-  Times _seen;
+  Versions _seen;
 };
 
 } // namespace norix::assistant::scenario
