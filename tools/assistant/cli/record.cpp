@@ -10,6 +10,7 @@
 #include <csignal>
 #include <ctime>
 #include <memory>
+#include <vector>
 
 namespace norix::assistant::cli {
 namespace {
@@ -43,8 +44,27 @@ private:
   sigset_t _before = {};
 };
 
-Ending record(const RecordOptions &options, const Console &console) {
+/// Takes in what the application does, until it ends or the recording is interrupted.
+void recordUntilTheEnd(launch::Watch &watch, const EndSignals &signals,
+                       scenario::Recorder &recorder) {
   constexpr int kPause = 100;
+  // What happened before the signal may still be on its way. A busy application has no pause.
+  constexpr int kReadsAfterSignal = 10;
+  int readsLeft = kReadsAfterSignal;
+  bool isInterrupted = false;
+  while (!watch.hasEnded() && readsLeft > 0) {
+    isInterrupted = isInterrupted || signals.haveCome();
+    const std::vector<trace::Event> events = watch.read(kPause);
+    for (const trace::Event &event : events) {
+      recorder.see(event);
+    }
+    if (isInterrupted) {
+      readsLeft = events.empty() ? 0 : readsLeft - 1;
+    }
+  }
+}
+
+Ending record(const RecordOptions &options, const Console &console) {
   Ending ending;
   ending.subject.app = options.appId;
   std::optional<launch::Watch> watch = launch::Watch::open(options.appId);
@@ -56,13 +76,7 @@ Ending record(const RecordOptions &options, const Console &console) {
   const EndSignals signals;
   console.say("recording what '" + options.appId + "' does, until it ends or Ctrl-C is pressed");
   scenario::Recorder recorder;
-  // What happened before the signal may still be on its way.
-  for (bool isLast = false; !watch->hasEnded() && !isLast;) {
-    isLast = signals.haveCome();
-    for (const trace::Event &event : watch->read(kPause)) {
-      recorder.see(event);
-    }
-  }
+  recordUntilTheEnd(*watch, signals, recorder);
   saveText(options.file, recorder.write(folder ? folder->string() : ""));
   ending.text = options.file + ": " + std::to_string(recorder.requests()) + " requests";
   ending.facts = {{"file", options.file}, {"requests", recorder.requests()}};
