@@ -9,7 +9,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // Looking costs little, and works on every file system, other than being told.
-constexpr int kPause = 200;
+constexpr int kBetweenLooks = 200;
 
 } // namespace
 
@@ -23,7 +23,7 @@ void Changes::add(const std::vector<std::string> &paths, const std::string &furt
 
 void Changes::await() const {
   while (!areThere()) {
-    (void)poll(nullptr, 0, kPause);
+    (void)poll(nullptr, 0, kBetweenLooks);
   }
 }
 
