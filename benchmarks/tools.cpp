@@ -81,10 +81,10 @@ json measureProbe(const Options &options, const support::TemporaryRuntime &runti
     result["without"].push_back(without.timePerRequest(options.exchanges));
     result["with"].push_back(with.timePerRequest(options.exchanges));
   }
-  result["bytes"] = events.received();
-  if (events.received() == 0) {
+  if (!events.awaitFirst()) {
     throw std::runtime_error("the probe reported nothing");
   }
+  result["bytes"] = events.received();
   return result;
 }
 

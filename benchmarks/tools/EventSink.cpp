@@ -2,6 +2,7 @@
 #include "tools/EventSink.h"
 
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -25,6 +26,15 @@ EventSink::EventSink(const std::string &path)
 EventSink::~EventSink() {
   shutdown(_listener.get(), SHUT_RDWR);
   _thread.join();
+}
+
+bool EventSink::awaitFirst() const {
+  constexpr std::chrono::milliseconds kTick(5);
+  constexpr int kMostTicks = 2000;
+  for (int ticks = 0; _received == 0 && ticks < kMostTicks; ++ticks) {
+    std::this_thread::sleep_for(kTick);
+  }
+  return _received != 0;
 }
 
 void EventSink::receive() {

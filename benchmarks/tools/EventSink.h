@@ -20,6 +20,8 @@ public:
   EventSink(const EventSink &) = delete;
   EventSink &operator=(const EventSink &) = delete;
 
+  /** @brief Waits for the first byte. @return false when none came within ten seconds. */
+  bool awaitFirst() const;
   /** @brief How many bytes came so far. */
   unsigned long received() const { return _received; }
 
