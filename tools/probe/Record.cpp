@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "probe/Record.h"
 
+#include "assistant/trace/utf8.h"
+
 #include <cstring>
 #include <ctime>
 #include <unistd.h>
@@ -12,21 +14,10 @@ constexpr std::uint64_t kNanoseconds = 1000000000;
 
 thread_local int cachedThreadId = 0;
 
-bool continuesCharacter(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
-}
-
 } // namespace
 
 std::string_view cut(std::string_view text) {
-  if (text.size() <= Record::kLongestText) {
-    return text;
-  }
-  std::size_t size = Record::kLongestText;
-  while (size > 0 && continuesCharacter(text[size])) {
-    --size;
-  }
-  return text.substr(0, size);
+  return assistant::trace::beginningOf(text, Record::kLongestText);
 }
 
 std::uint64_t now() {

@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/scenario/YamlNode.h"
 
+#include "assistant/trace/utf8.h"
+
 #include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/exceptions.h>
 #include <yaml-cpp/mark.h>
 #include <yaml-cpp/parser.h>
 
-#include <algorithm>
 #include <set>
 #include <sstream>
+#include <string_view>
 
 namespace norix::assistant::scenario {
 namespace {
@@ -159,13 +161,8 @@ std::string YamlNode::description() const {
 }
 
 std::string shown(const std::string &text) {
-  std::size_t length = std::min(text.size(), kLongestShown);
-  // Not in the middle of a character.
-  while (length > 0 && length < text.size()
-         && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
-    --length;
-  }
-  return "'" + text.substr(0, length) + (length < text.size() ? "…'" : "'");
+  const std::string_view beginning = trace::beginningOf(text, kLongestShown);
+  return "'" + std::string(beginning) + (beginning.size() < text.size() ? "…'" : "'");
 }
 
 YamlNode parseYaml(const std::string &file, const std::string &text) {

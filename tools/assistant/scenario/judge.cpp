@@ -3,11 +3,13 @@
 
 #include "assistant/actions/parseShallow.h"
 #include "assistant/scenario/difference.h"
+#include "assistant/trace/utf8.h"
 
 #include <re2/re2.h>
 
 #include <array>
 #include <cstdio>
+#include <string_view>
 
 namespace norix::assistant::scenario {
 namespace {
@@ -24,7 +26,8 @@ std::string millisecondsText(double seconds) {
 }
 
 std::string shortened(const std::string &text) {
-  return text.substr(0, kLongestQuote) + (text.size() > kLongestQuote ? "…" : "");
+  const std::string_view beginning = trace::beginningOf(text, kLongestQuote);
+  return std::string(beginning) + (beginning.size() < text.size() ? "…" : "");
 }
 
 std::string quoted(const std::string &text) {

@@ -3,6 +3,7 @@
 
 #include "assistant/trace/logTexts.h"
 #include "assistant/trace/names.h"
+#include "assistant/trace/utf8.h"
 #include "assistant/trace/visible.h"
 
 #include <array>
@@ -32,7 +33,7 @@ std::string duration(std::int64_t nanoseconds) {
 
 std::string quoted(const std::string &text) {
   const bool isLong = text.size() > kLongestQuote;
-  return visible(text.substr(0, kLongestQuote)) + (isLong ? "…" : "");
+  return visible(beginningOf(text, kLongestQuote)) + (isLong ? "…" : "");
 }
 
 } // namespace

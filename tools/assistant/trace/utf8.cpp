@@ -58,4 +58,14 @@ bool isUtf8(std::string_view text) {
   return true;
 }
 
+std::string_view beginningOf(std::string_view text, std::size_t most) {
+  if (text.size() <= most) {
+    return text;
+  }
+  while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xc0U) == 0x80U) {
+    --most;
+  }
+  return text.substr(0, most);
+}
+
 } // namespace norix::assistant::trace

@@ -14,6 +14,9 @@ std::size_t characterLength(std::string_view text);
 /// Whether the whole text is UTF-8. Fast on ASCII.
 bool isUtf8(std::string_view text);
 
+/// At most so many bytes of a text, up to the end of a character.
+std::string_view beginningOf(std::string_view text, std::size_t most);
+
 } // namespace norix::assistant::trace
 
 #endif

@@ -138,6 +138,17 @@ TEST(ACapture, SaysWhyThereIsNothingToKeep) {
   EXPECT_THAT(capture({{"a", "/a", ""}}, "no JSON", variables)[0].text, HasSubstr("not JSON"));
 }
 
+TEST(AnExpectation, QuotesWholeCharactersOfALongAnswer) {
+  Expectation expectation;
+  expectation.contains = {"b"};
+  std::string answer = "a";
+  for (int i = 0; i < 500; ++i) {
+    answer += "é";
+  }
+
+  EXPECT_THAT(judged(expectation, answer).at(0).text, HasSubstr("é…'"));
+}
+
 TEST(ADifference, MarksTheLinesThatDiffer) {
   EXPECT_EQ(difference("a\nb\nc", "a\nx\nc"), " a\n-b\n+x\n c\n");
 }

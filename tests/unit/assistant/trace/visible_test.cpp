@@ -7,6 +7,7 @@
 
 namespace {
 
+using norix::assistant::trace::beginningOf;
 using norix::assistant::trace::isUtf8;
 using norix::assistant::trace::visible;
 
@@ -29,6 +30,13 @@ TEST(AVisibleText, SpellsBytesOutThatAreNoUtf8) {
   EXPECT_EQ(visible("\xff"
                     "a\xc3"),
             "\\xffa\\xc3");
+}
+
+TEST(TheBeginningOfAText, EndsWithAWholeCharacter) {
+  EXPECT_EQ(beginningOf("aé音", 2), "a");
+  EXPECT_EQ(beginningOf("aé音", 3), "aé");
+  EXPECT_EQ(beginningOf("aé音", 5), "aé");
+  EXPECT_EQ(beginningOf("aé音", 6), "aé音");
 }
 
 struct Bytes {
