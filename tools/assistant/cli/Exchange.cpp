@@ -107,18 +107,17 @@ private:
   // was sent yet.
   Session connected() {
     constexpr int kTries = 25;
-    for (int tries = 0; tries < kTries; ++tries) {
+    for (int tries = 1;; ++tries) {
       try {
         return Session::connected(_options.appId, kUnbounded);
       } catch (const Error &error) {
         _listens = findListener(_options.appId).has_value();
-        if (error.failure() != Failure::CannotConnect || !_listens) {
+        if (error.failure() != Failure::CannotConnect || !_listens || tries == kTries) {
           throw;
         }
       }
       (void)poll(nullptr, 0, kPauseBetweenLooks);
     }
-    return Session::connected(_options.appId, kUnbounded);
   }
 
   Ending await(Session &session) {
