@@ -19,7 +19,8 @@ stop_all() {
   done
 }
 
-mkdir -p "$work/run" "$work/blocks" "$work/folder/build/release"
+mkdir -m 700 "$work/run"
+mkdir -p "$work/blocks" "$work/folder/build/release"
 ln -s "$examples" "$work/folder/build/release/examples"
 export PATH=$installation/bin:$PATH XDG_RUNTIME_DIR=$work/run HOME=$work
 PKG_CONFIG_PATH=$(dirname "$(find "$installation" -name norix.pc)")

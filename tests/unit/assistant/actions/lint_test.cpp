@@ -56,7 +56,8 @@ INSTANTIATE_TEST_SUITE_P(
     OfAnything, ADeclaration,
     testing::Values(
         Case{"NoJson", "{\"version\": 1,\n  oops}", "2:3: error: ", "syntax error"},
-        Case{"NothingAtAll", "", "1:1: error: ", "syntax error"},
+        // The sentence differs with the version of the JSON library; this word is in each.
+        Case{"NothingAtAll", "", "1:1: error: ", "input"},
         Case{"SomethingAfterTheEnd", "{}\n{}", "2:1: error: ", "syntax error"},
         Case{"ANameTwice", "{\"version\":1,\n \"version\":1}",
              "2:2: error: ", "'version' is there twice"},
