@@ -29,19 +29,20 @@ TEST_F(AConnection, GetsItsService) {
 }
 
 TEST_F(AConnection, NeedsASender) {
-  const auto [connected, userData] = platform().ports.stub()->connected;
+  const auto connected = platform().ports.stub()->connected;
 
-  EXPECT_THROW(fake::library([&] { connected(nullptr, "instance-1", userData); }),
+  EXPECT_THROW(fake::library([&] { connected.handler(nullptr, "instance-1", connected.userData); }),
                std::logic_error);
 
   EXPECT_THAT(recorded.events, IsEmpty());
 }
 
 TEST_F(AConnection, NeedsAnInstance) {
-  const auto [connected, userData] = platform().ports.stub()->connected;
+  const auto connected = platform().ports.stub()->connected;
 
-  EXPECT_THROW(fake::library([&] { connected(fake::kAssistantId, nullptr, userData); }),
-               std::logic_error);
+  EXPECT_THROW(
+      fake::library([&] { connected.handler(fake::kAssistantId, nullptr, connected.userData); }),
+      std::logic_error);
 
   EXPECT_THAT(recorded.events, IsEmpty());
 }

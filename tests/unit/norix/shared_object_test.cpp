@@ -4,6 +4,7 @@
 #include "nullplatform/NullPlatform.h"
 
 #include <dlfcn.h>
+#include <gtest/gtest.h>
 #include <norix.h>
 
 #include <sched.h>
