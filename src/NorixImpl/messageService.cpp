@@ -49,8 +49,7 @@ std::string allowListPath() {
 }
 
 // Adds the lines of a file, split at '\n' only, up to its end or to a read error. A last line
-// without
-// '\n' counts at the end of the file, but not before a read error.
+// without '\n' counts at the end of the file, but not before a read error.
 void readLines(const Descriptor &file, std::unordered_set<std::string> &lines) {
   std::array<char, 1024> block;
   std::string line;
@@ -58,7 +57,7 @@ void readLines(const Descriptor &file, std::unordered_set<std::string> &lines) {
   while ((size = TEMP_FAILURE_RETRY(read(file.number(), block.data(), block.size()))) > 0) {
     for (const char byte : std::string_view(block.data(), static_cast<std::size_t>(size))) {
       if (byte != '\n') {
-        line.push_back(byte);
+        line.append(&byte, 1);
         continue;
       }
       lines.insert(line);
@@ -102,7 +101,7 @@ int messageService::SetCB(std::unique_ptr<ResponseCB> responseCb) try {
     return kRefused;
   }
   norixImpl->_responseCbMap.erase(GetSender());
-  norixImpl->_responseCbMap.emplace(GetSender(), std::move(responseCb));
+  norixImpl->_responseCbMap[GetSender()] = std::move(responseCb);
   return kDone;
 } catch (...) {
   logStoppedException();

@@ -161,11 +161,13 @@ void message::Listen(std::shared_ptr<ServiceBase::Factory> factory) {
 }
 
 std::shared_ptr<message::ServiceBase> message::findService(std::string_view instance) const {
-  const auto isMeant = [instance, hash = hashOf(instance)](const Connected &connected) {
-    return connected.instanceHash == hash && connected.service->GetInstance() == instance;
-  };
-  const auto found = std::find_if(services.begin(), services.end(), isMeant);
-  return found != services.end() ? found->service : nullptr;
+  const std::size_t hash = hashOf(instance);
+  for (const Connected &connected : services) {
+    if (connected.instanceHash == hash && connected.service->GetInstance() == instance) {
+      return connected.service;
+    }
+  }
+  return nullptr;
 }
 
 void message::OnConnectedCB(const char *sender, const char *instance, void *userData) {
@@ -194,8 +196,12 @@ void message::OnDisconnectedCB(const char * /*sender*/, const char *instance, vo
     return;
   }
   connected->OnTerminate();
-  const auto isGone = [&connected](const Connected &each) { return each.service == connected; };
-  self->services.remove_if(isGone);
+  for (auto each = self->services.begin(); each != self->services.end();) {
+    each = each->service == connected ? self->services.erase(each) : each + 1;
+  }
+  if (self->services.empty()) {
+    std::vector<Connected>().swap(self->services); // clear() would keep the memory
+  }
 }
 
 int message::OnReceivedCB(const char * /*sender*/, const char *instance, rpc_port_h port,
