@@ -4,6 +4,7 @@
 #include "common/bounds.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <sys/socket.h>
 #include <utility>
@@ -12,17 +13,41 @@ namespace platform::rpc_port {
 
 namespace {
 
-/// @return How many bytes the socket has taken, or -1: the peer is gone.
-ssize_t sendSome(int socket, iovec *parts, std::size_t count) {
-  msghdr message = {};
-  message.msg_iov = parts;
-  message.msg_iovlen = count;
-  ssize_t sent = 0;
+/// Frames up to this size are sent as one piece: copying so few bytes costs less than the kernel
+/// needs to read an iovec list.
+constexpr std::size_t kOnePiece = 2048;
+
+/// Calls until no signal interrupts. @return How many bytes the socket has taken, or -1: the peer
+/// is gone.
+template <typename Call>
+ssize_t sent(Call call) {
+  ssize_t taken = 0;
   do {
-    sent = sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
-  } while (sent < 0 && errno == EINTR);
-  const bool isFull = sent < 0 && (errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM);
-  return isFull ? 0 : sent;
+    taken = call();
+  } while (taken < 0 && errno == EINTR);
+  const bool isFull = taken < 0 && (errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM);
+  return isFull ? 0 : taken;
+}
+
+ssize_t sendPiece(int socket, const void *bytes, std::size_t size) {
+  return sent([=] { return ::send(socket, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT); });
+}
+
+ssize_t sendInOnePiece(int socket, OutgoingMessage &message) {
+  std::array<unsigned char, kOnePiece> piece; // Not initialised: what is sent is written first.
+  unsigned char *end = piece.data();
+  for (std::size_t i = 0; i < message.count(); ++i) {
+    const iovec &part = message.parts()[i];
+    end = std::copy_n(static_cast<const unsigned char *>(part.iov_base), part.iov_len, end);
+  }
+  return sendPiece(socket, piece.data(), message.size());
+}
+
+ssize_t sendParts(int socket, OutgoingMessage &message) {
+  msghdr header = {};
+  header.msg_iov = message.parts();
+  header.msg_iovlen = message.count();
+  return sent([&] { return sendmsg(socket, &header, MSG_NOSIGNAL | MSG_DONTWAIT); });
 }
 
 } // namespace
@@ -31,12 +56,13 @@ SendOutcome SendQueue::send(int socket, OutgoingMessage &message) {
   if (!empty()) {
     return keepBehindOthers(socket, message);
   }
-  const ssize_t sent = sendSome(socket, message.parts(), message.count());
-  if (sent < 0) {
+  const ssize_t taken =
+      message.size() <= kOnePiece ? sendInOnePiece(socket, message) : sendParts(socket, message);
+  if (taken < 0) {
     return SendOutcome::Broken;
   }
-  if (static_cast<std::size_t>(sent) < message.size()) {
-    message.skip(static_cast<std::size_t>(sent));
+  if (static_cast<std::size_t>(taken) < message.size()) {
+    message.skip(static_cast<std::size_t>(taken));
     keep(message);
     _leading = _size;
   }
@@ -89,13 +115,12 @@ void SendQueue::keepCopy(const void *bytes, std::size_t size) {
 bool SendQueue::flush(int socket) {
   while (!empty()) {
     Segment &segment = _segments.front();
-    iovec rest = {const_cast<unsigned char *>(segment.bytes.data()) + segment.sent,
-                  segment.bytes.size() - segment.sent};
-    const ssize_t sent = sendSome(socket, &rest, 1);
-    if (sent < 0) {
+    const ssize_t taken =
+        sendPiece(socket, segment.bytes.data() + segment.sent, segment.bytes.size() - segment.sent);
+    if (taken < 0) {
       return false;
     }
-    const auto size = static_cast<std::size_t>(sent);
+    const auto size = static_cast<std::size_t>(taken);
     _size -= size;
     _leading -= std::min(_leading, size);
     segment.sent += size;
