@@ -13,6 +13,8 @@ target_compile_options(
             -Wconversion
             # Log lines carry __FILE__: keep the build folder's path out of the binaries.
             -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+            # Functions of other libraries are bound at load: calls need no procedure linkage table.
+            -fno-plt
             $<$<BOOL:${NORIX_WARNINGS_AS_ERRORS}>:-Werror>)
 
 # pkg-config names more libraries than a target calls; only those called become NEEDED entries.
@@ -21,3 +23,18 @@ target_link_options(norix_build_options INTERFACE -Wl,--as-needed -Wl,-z,relro,-
 # A library that does not name all that it needs would fail to link into applications that happen
 # not to use the missing one. Clang's sanitizers leave their own functions to the program.
 target_link_options(norix_build_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wl,-z,defs>)
+
+# norix_optimise_at_link_time(<target>…): optimises targets as a whole in optimised builds, for what every
+# request passes through. CMAKE_INTERPROCEDURAL_OPTIMIZATION decides instead where it is set. Not for
+# objects that are installed in an archive: another compiler could not read them.
+set(norix_can_optimise_at_link_time OFF)
+if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$"
+   AND NOT DEFINED CMAKE_INTERPROCEDURAL_OPTIMIZATION)
+  include(CheckIPOSupported)
+  check_ipo_supported(RESULT norix_can_optimise_at_link_time OUTPUT ignored LANGUAGES CXX)
+endif()
+function(norix_optimise_at_link_time)
+  if(norix_can_optimise_at_link_time)
+    set_target_properties(${ARGV} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
+  endif()
+endfunction()
