@@ -30,6 +30,7 @@ protected:
   std::string written() const { return _recorder.write("folder"); }
   // What was written, as it is read.
   Scenario scenario() const { return readScenario("recorded.yaml", written(), {}); }
+  // Of the recording so far; valid until the next call.
   const Call &call(std::size_t step) {
     _scenario = scenario();
     return std::get<Ask>(_scenario.steps.at(step).action).call;
@@ -82,7 +83,8 @@ TEST_F(ARecording, CapturesWhatALaterRequestSends) {
 
   EXPECT_EQ(call(0).captures.at(0).pointer, "/session");
   EXPECT_EQ(call(0).expectation.json.size(), 1U);
-  EXPECT_EQ(call(1).params["session"], "${" + call(0).captures.at(0).name + "}");
+  const std::string name = call(0).captures.at(0).name;
+  EXPECT_EQ(call(1).params["session"], "${" + name + "}");
   EXPECT_THAT(written(), Not(HasSubstr("k4711")));
 }
 
