@@ -26,10 +26,8 @@ using norix::assistant::certify::Level;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr const char *kId = "org.example.citizen";
-constexpr int kWrongUsage = 2;
 constexpr int kFindings = 10;
 constexpr int kTestsFailed = 14;
 constexpr int kInterrupted = 130;

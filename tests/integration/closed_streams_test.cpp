@@ -3,6 +3,7 @@
 // An application and norix-assistant, started without some of their standard streams.
 #include "integration/harness/AssistantCommand.h"
 #include "integration/harness/IntegrationTest.h"
+#include "integration/harness/examples.h"
 
 #include <gmock/gmock.h>
 
@@ -15,7 +16,6 @@
 namespace integration {
 namespace {
 
-constexpr const char *kLight = "org.example.light";
 constexpr const char *kState = "{\"light\":\"off\"}\n";
 constexpr int kInternal = 9;
 

@@ -3,6 +3,7 @@
 // The example applications, started and driven as a newcomer does: with norix-assistant.
 #include "integration/harness/AssistantCommand.h"
 #include "integration/harness/IntegrationTest.h"
+#include "integration/harness/examples.h"
 
 #include <gmock/gmock.h>
 
@@ -13,9 +14,6 @@ namespace integration {
 namespace {
 
 using nlohmann::json;
-
-constexpr const char *kLight = "org.example.light";
-constexpr const char *kMusic = "org.example.music";
 
 class ExampleTest : public IntegrationTest {
 protected:

@@ -15,14 +15,11 @@ namespace {
 
 using nlohmann::json;
 using support::Process;
-using testing::Contains;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
-constexpr const char *kId = "org.example.mistaken";
+constexpr const char *kMistakenId = "org.example.mistaken";
 constexpr const char *kAssistant = "com.valtren.tizen.norix";
 constexpr int kFindingsSeen = 10;
-constexpr int kCannotLaunch = 8;
 
 /// A launched application and what launch says of it.
 class Launched {
@@ -65,7 +62,7 @@ private:
     std::vector<std::string> all = {
         "launch", "--json", "--trace", "--strict", "--completion-timeout", "0.3"};
     all.insert(all.end(), options.begin(), options.end());
-    all.insert(all.end(), {kId, "--"});
+    all.insert(all.end(), {kMistakenId, "--"});
     all.insert(all.end(), arguments.begin(), arguments.end());
     return all;
   }
@@ -78,19 +75,19 @@ protected:
   FindingTest() { install("1.0-beta"); }
 
   void install(const std::optional<std::string> &version) const {
-    runtime.install(kId, version);
+    runtime.install(kMistakenId, version);
     addProgram();
   }
   void installWithKey(const std::string &key) const {
     writeManifest("<metadata key=\"" + key + "\" value=\"1.0-beta\"/>");
   }
   void writeManifest(const std::string &metadata) const {
-    runtime.write(std::string("apps/") + kId + "/tizen-manifest.xml",
-                  "<manifest package=\"p\"><service-application appid=\"" + std::string(kId)
+    runtime.write(std::string("apps/") + kMistakenId + "/tizen-manifest.xml",
+                  "<manifest package=\"p\"><service-application appid=\"" + std::string(kMistakenId)
                       + "\" exec=\"app\">" + metadata + "</service-application></manifest>");
   }
   std::filesystem::path folder() const {
-    return runtime.write(std::string("apps/") + kId + "/marker", "").parent_path();
+    return runtime.write(std::string("apps/") + kMistakenId + "/marker", "").parent_path();
   }
 
 private:
@@ -141,7 +138,7 @@ TEST_P(AnApplicationThat, IsTold) {
   launched.awaitInitialised();
   std::optional<Session> session;
   if (!mistake.requests.empty()) {
-    session.emplace(kId);
+    session.emplace(kMistakenId);
     send(*session, mistake.requests);
   }
 
@@ -250,7 +247,7 @@ TEST_F(FindingTest, ASecondStartOfTheSameProgramIsSaid) {
   first.awaitInitialised();
   Launched second({});
 
-  EXPECT_THAT(second.awaitFinding("started-twice"), HasSubstr(kId));
+  EXPECT_THAT(second.awaitFinding("started-twice"), HasSubstr(kMistakenId));
   EXPECT_EQ(second.process().wait(), kFindingsSeen);
   EXPECT_EQ(first.end(), 0);
 }
@@ -258,7 +255,7 @@ TEST_F(FindingTest, ASecondStartOfTheSameProgramIsSaid) {
 TEST_F(FindingTest, AnApplicationWithoutMistakesHasNone) {
   Launched launched({});
   launched.awaitInitialised();
-  Session session(kId);
+  Session session(kMistakenId);
   session.ask(stateRequest(), support::kBound);
   session.ask(actionRequest("act"), support::kBound);
 
@@ -311,7 +308,7 @@ TEST_F(FindingTest, ASenderThatTheListRefusesIsNamed) {
   Launched launched({"replaces-the-allow-list", path});
   launched.awaitInitialised();
   runtime.sendAs("org.example.stranger");
-  EXPECT_THROW(Session session(kId), norix::assistant::Error);
+  EXPECT_THROW(Session session(kMistakenId), norix::assistant::Error);
 
   EXPECT_THAT(launched.awaitFinding("allow-list-lacks-sender"), HasSubstr("org.example.stranger"));
 }

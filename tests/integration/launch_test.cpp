@@ -14,7 +14,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-constexpr int kCannotLaunch = 8;
 constexpr const char *kId = "org.example.script";
 constexpr const char *kTellEnvironment = "#!/bin/sh\n"
                                          "echo \"$AUL_APPID\"\n"

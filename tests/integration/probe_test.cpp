@@ -26,7 +26,7 @@ using norix::assistant::trace::parseEvent;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr const char *kId = "org.example.probed";
+constexpr const char *kProbedId = "org.example.probed";
 
 /// Where a probe connects, in the hands of the test.
 class Reader {
@@ -91,7 +91,7 @@ private:
 
 class TheProbe : public IntegrationTest {
 protected:
-  TheProbe() { runtime.install(kId, "1.0-beta"); }
+  TheProbe() { runtime.install(kProbedId, "1.0-beta"); }
 
   void SetUp() override {
 #ifdef __SANITIZE_ADDRESS__
@@ -108,7 +108,7 @@ protected:
                                   const std::string &socket) {
     std::vector<std::string> command = {MISTAKEN_APPLICATION};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return Process(command, {{"AUL_APPID", kId},
+    return Process(command, {{"AUL_APPID", kProbedId},
                              {"LD_PRELOAD", PROBE},
                              {"NORIX_PROBE_SOCKET", socket},
                              {"DLOG_FILTER", "*:S"}});
@@ -118,7 +118,7 @@ protected:
   static Session connect() {
     for (int tries = 0;; ++tries) {
       try {
-        return Session(kId);
+        return Session(kProbedId);
       } catch (const norix::assistant::Error &) {
         constexpr int kMostTries = 400;
         if (tries == kMostTries) {
@@ -263,7 +263,7 @@ TEST_F(TheProbe, ReportsEveryLineOfEightThreads) {
 TEST_F(TheProbe, PassesOnWhatAnOpenedLibraryCalls) {
   Process program(
       {OPENING_PROGRAM, NORIX_LIBRARY},
-      {{"AUL_APPID", kId}, {"LD_PRELOAD", PROBE}, {"NORIX_PROBE_SOCKET", socketPath()}});
+      {{"AUL_APPID", kProbedId}, {"LD_PRELOAD", PROBE}, {"NORIX_PROBE_SOCKET", socketPath()}});
 
   EXPECT_EQ(program.readLine(), "0");
   EXPECT_EQ(program.wait(), 0);

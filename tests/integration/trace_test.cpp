@@ -19,21 +19,21 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr const char *kId = "org.example.watched";
+constexpr const char *kWatchedId = "org.example.watched";
 constexpr int kNotLaunched = 3;
-constexpr int kCannotLaunch = 8;
 
 class AWatchedApplication : public IntegrationTest {
 protected:
   AWatchedApplication() {
-    runtime.install(kId, "1.0-beta");
-    const auto folder = runtime.write(std::string("apps/") + kId + "/marker", "").parent_path();
+    runtime.install(kWatchedId, "1.0-beta");
+    const auto folder =
+        runtime.write(std::string("apps/") + kWatchedId + "/marker", "").parent_path();
     std::filesystem::create_symlink(MISTAKEN_APPLICATION, folder / "app");
   }
-  ~AWatchedApplication() override { (void)runAssistant({"launch", "--stop", kId}); }
+  ~AWatchedApplication() override { (void)runAssistant({"launch", "--stop", kWatchedId}); }
 
   static std::string leaveRunning(const std::vector<std::string> &arguments = {}) {
-    std::vector<std::string> command = {"launch", "--wait", kId, "--"};
+    std::vector<std::string> command = {"launch", "--wait", kWatchedId, "--"};
     command.insert(command.end(), arguments.begin(), arguments.end());
     const Outcome outcome = runAssistant(command, {{"DLOG_FILTER", "*:S"}});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
@@ -44,7 +44,7 @@ protected:
 TEST_F(AWatchedApplication, IsLeftRunningOnceItListens) {
   EXPECT_THAT(leaveRunning(), ContainsRegex("^org.example.watched listens, process [0-9]+, log /"));
 
-  EXPECT_EQ(runAssistant({"state", kId}).out, "ready\n");
+  EXPECT_EQ(runAssistant({"state", kWatchedId}).out, "ready\n");
 }
 
 // Asking for its state would start it again: the platform launches whom a proxy connects to.
@@ -53,24 +53,24 @@ TEST_F(AWatchedApplication, IsStopped) {
   const pid_t application = std::stoi(left.substr(left.find("process ") + 8));
   ASSERT_EQ(kill(application, 0), 0);
 
-  EXPECT_EQ(runAssistant({"launch", "--stop", kId}).status, 0);
+  EXPECT_EQ(runAssistant({"launch", "--stop", kWatchedId}).status, 0);
   EXPECT_NE(kill(application, 0), 0);
-  EXPECT_EQ(runAssistant({"launch", "--stop", kId}).status, kNotLaunched);
+  EXPECT_EQ(runAssistant({"launch", "--stop", kWatchedId}).status, kNotLaunched);
 }
 
 TEST_F(AWatchedApplication, IsNotLeftRunningTwice) {
   leaveRunning();
 
-  const Outcome outcome = runAssistant({"launch", "--wait", kId});
+  const Outcome outcome = runAssistant({"launch", "--wait", kWatchedId});
 
   EXPECT_EQ(outcome.status, kCannotLaunch);
   EXPECT_THAT(outcome.err, HasSubstr("launch --stop org.example.watched"));
 }
 
 TEST_F(AWatchedApplication, ThatDoesNotListenIsAFailedStart) {
-  runtime.install(kId, std::nullopt);
+  runtime.install(kWatchedId, std::nullopt);
 
-  const Outcome outcome = runAssistant({"launch", "--wait", kId});
+  const Outcome outcome = runAssistant({"launch", "--wait", kWatchedId});
 
   EXPECT_EQ(outcome.status, kCannotLaunch);
   EXPECT_THAT(outcome.err,
@@ -80,7 +80,7 @@ TEST_F(AWatchedApplication, ThatDoesNotListenIsAFailedStart) {
 TEST_F(AWatchedApplication, IsTracedOnBothSidesInOrder) {
   leaveRunning();
 
-  const Outcome outcome = runAssistant({"run", "--trace", kId, "act"});
+  const Outcome outcome = runAssistant({"run", "--trace", kWatchedId, "act"});
 
   EXPECT_EQ(outcome.out, "done\n");
   std::size_t at = 0;
@@ -97,7 +97,7 @@ TEST_F(AWatchedApplication, IsTracedOnBothSidesInOrder) {
 TEST_F(AWatchedApplication, IsTracedUntilItAnswersLate) {
   leaveRunning({"answers-too-late"});
 
-  const Outcome outcome = runAssistant({"run", "--trace", kId, "act"});
+  const Outcome outcome = runAssistant({"run", "--trace", kWatchedId, "act"});
 
   EXPECT_THAT(outcome.err, AllOf(HasSubstr("without an answer; the library waits until"),
                                  HasSubstr("answered \"done\"")));
@@ -106,7 +106,7 @@ TEST_F(AWatchedApplication, IsTracedUntilItAnswersLate) {
 TEST_F(AWatchedApplication, SaysWhatItSawWhenTheTimeIsUp) {
   leaveRunning({"never-answers"});
 
-  const Outcome outcome = runAssistant({"run", "--trace", "--timeout", "1", kId, "act"});
+  const Outcome outcome = runAssistant({"run", "--trace", "--timeout", "1", kWatchedId, "act"});
 
   EXPECT_NE(outcome.status, 0);
   EXPECT_THAT(outcome.err, HasSubstr("callback of act returned after"));
@@ -115,7 +115,8 @@ TEST_F(AWatchedApplication, SaysWhatItSawWhenTheTimeIsUp) {
 TEST_F(AWatchedApplication, IsTracedAsJson) {
   leaveRunning();
 
-  const json outcome = json::parse(runAssistant({"run", "--json", "--trace", kId, "act"}).out);
+  const json outcome =
+      json::parse(runAssistant({"run", "--json", "--trace", kWatchedId, "act"}).out);
 
   const json &trace = outcome.at("trace");
   EXPECT_EQ(trace.at(0).at("says"), "connecting");
@@ -125,9 +126,9 @@ TEST_F(AWatchedApplication, IsTracedAsJson) {
 }
 
 TEST_F(AWatchedApplication, ThatNobodyLaunchedHasOneSideOnly) {
-  Process application({MISTAKEN_APPLICATION}, {{"AUL_APPID", kId}, {"DLOG_FILTER", "*:S"}});
+  Process application({MISTAKEN_APPLICATION}, {{"AUL_APPID", kWatchedId}, {"DLOG_FILTER", "*:S"}});
 
-  const Outcome outcome = runAssistant({"run", "--trace", "--wait", "10", kId, "act"});
+  const Outcome outcome = runAssistant({"run", "--trace", "--wait", "10", kWatchedId, "act"});
 
   EXPECT_EQ(outcome.out, "done\n");
   EXPECT_THAT(outcome.err, AllOf(HasSubstr("sending request"),
@@ -136,10 +137,10 @@ TEST_F(AWatchedApplication, ThatNobodyLaunchedHasOneSideOnly) {
 
 TEST_F(AWatchedApplication, IsMonitoredUntilItEnds) {
   leaveRunning();
-  Process monitor = startAssistant({"monitor", kId});
+  Process monitor = startAssistant({"monitor", kWatchedId});
   EXPECT_THAT(monitor.readLine(), HasSubstr("org.example.watched is process"));
-  runAssistant({"run", kId, "act"});
-  runAssistant({"launch", "--stop", kId});
+  runAssistant({"run", kWatchedId, "act"});
+  runAssistant({"launch", "--stop", kWatchedId});
 
   const std::string shown = monitor.readAll();
 
@@ -150,9 +151,9 @@ TEST_F(AWatchedApplication, IsMonitoredUntilItEnds) {
 
 TEST_F(AWatchedApplication, IsMonitoredWithItsFindingsAsJson) {
   leaveRunning({"answers-twice"});
-  Process monitor = startAssistant({"monitor", "--json", kId});
+  Process monitor = startAssistant({"monitor", "--json", kWatchedId});
   EXPECT_EQ(json::parse(monitor.readLine()).at("registered"), json({"act", "getAppContext"}));
-  runAssistant({"run", kId, "act"});
+  runAssistant({"run", kWatchedId, "act"});
 
   json event = json::parse(monitor.readLine());
   while (event.at("event") != "finding") {
@@ -165,17 +166,17 @@ TEST_F(AWatchedApplication, CannotReachTheTerminalThroughATrace) {
   leaveRunning();
 
   const Outcome outcome =
-      runAssistant({"run", "--trace", kId, "act", "--params", "\x1b[31mred\x07"});
+      runAssistant({"run", "--trace", kWatchedId, "act", "--params", "\x1b[31mred\x07"});
 
   EXPECT_THAT(outcome.err, AllOf(HasSubstr("\\e[31mred\\x07"), Not(HasSubstr("\x1b"))));
 }
 
 TEST_F(AWatchedApplication, ThatWasNotLaunchedCannotBeMonitored) {
-  EXPECT_EQ(runAssistant({"monitor", kId}).status, kNotLaunched);
+  EXPECT_EQ(runAssistant({"monitor", kWatchedId}).status, kNotLaunched);
 }
 
 TEST_F(AWatchedApplication, EndsWithLaunch) {
-  Process launch = startAssistant({"launch", "--json", kId}, {{"DLOG_FILTER", "*:S"}});
+  Process launch = startAssistant({"launch", "--json", kWatchedId}, {{"DLOG_FILTER", "*:S"}});
   const pid_t application = json::parse(launch.readLine()).at("pid");
   ASSERT_EQ(kill(application, 0), 0);
 

@@ -3,6 +3,7 @@
 
 #include "assistant/client/MainLoop.h"
 #include "assistant/client/Session.h"
+#include "integration/harness/examples.h"
 #include "soak/check.h"
 #include "support/TemporaryRuntime.h"
 
@@ -15,14 +16,15 @@
 namespace soak {
 namespace {
 
-constexpr const char *kLight = "org.example.light";
-constexpr double kPatience = 20.0;
+using integration::kLight;
+
+constexpr double kCyclePatience = 20.0;
 constexpr unsigned long kMostWarmUps = 2000;
 constexpr long kToleranceKiB = 1024; // What an allocator takes, and keeps, when it likes.
 
 void runCycle() {
-  norix::assistant::Session session(kLight, kPatience);
-  const auto answer = session.ask(norix::assistant::stateRequest(), kPatience);
+  norix::assistant::Session session(kLight, kCyclePatience);
+  const auto answer = session.ask(norix::assistant::stateRequest(), kCyclePatience);
   require(answer.response.text() == "{\"light\":\"off\"}",
           "the state is " + answer.response.text());
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "soak/Soak.h"
 
+#include "integration/harness/examples.h"
 #include "integration/harness/wire.h"
 #include "soak/check.h"
 
@@ -16,9 +17,9 @@ namespace soak {
 namespace {
 
 using namespace std::chrono_literals;
+using integration::kLight;
+using integration::kMusic;
 
-constexpr const char *kLight = "org.example.light";
-constexpr const char *kMusic = "org.example.music";
 constexpr int kAssistantsEach = 3;
 constexpr int kTickMilliseconds = 10;
 
@@ -31,7 +32,7 @@ constexpr std::chrono::seconds kLongestWelcome{6};
 
 // The library's deliberate leaks grow with hostile peers that request unknown actions or disconnect
 // before their answer (docs/behaviour.md, "Memory").
-constexpr long kToleranceKiB = 512;
+constexpr long kGrowthKiB = 512;
 constexpr unsigned long kStrangersPerKiB = 50;
 
 std::string folderFor(const std::string &logs) {
@@ -61,7 +62,7 @@ std::string Soak::run(std::chrono::seconds duration) {
   require(after.light.descriptors == before.light.descriptors, "the light's descriptors",
           before.light.descriptors, after.light.descriptors);
   const auto leftBehind = static_cast<long>(_strangers.garbagePeers() / kStrangersPerKiB);
-  require(after.light.memoryKiB - before.light.memoryKiB <= kToleranceKiB + leftBehind,
+  require(after.light.memoryKiB - before.light.memoryKiB <= kGrowthKiB + leftBehind,
           "the light's memory in KiB", before.light.memoryKiB, after.light.memoryKiB);
   require(after.files == before.files, "the files", before.files.size(), after.files.size());
   endApplications();

@@ -12,6 +12,11 @@ namespace integration {
 using support::Outcome;
 using support::Process;
 
+/// What norix-assistant ends with.
+constexpr int kWrongUsage = 2;
+constexpr int kCannotLaunch = 8;
+constexpr int kFailed = 14;
+
 // Starts norix-assistant with these arguments.
 Process startAssistant(std::vector<std::string> arguments,
                        const Process::Environment &additions = {});

@@ -22,7 +22,6 @@ using testing::Not;
 constexpr const char *kBrowser = "/usr/bin/chromium";
 // It starts a dozen processes, on a machine that is busy with other tests.
 constexpr double kLong = 100.0;
-constexpr int kFailed = 14;
 constexpr double kNanoseconds = 1e6;
 
 constexpr const char *kScenarios[] = {

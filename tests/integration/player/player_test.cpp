@@ -18,8 +18,8 @@ namespace {
 using nlohmann::json;
 
 constexpr const char *kPlayer = "org.example.player";
-constexpr int kWidth = 560;
-constexpr int kHeight = 300;
+constexpr int kScreenWidth = 560;
+constexpr int kScreenHeight = 300;
 // A frame is drawn in parts: what is seen is complete when it was the same so often.
 constexpr int kLooks = 3;
 // Inside the cover, beside the note on it.
@@ -75,7 +75,7 @@ protected:
     });
   }
 
-  Screen screen{kWidth, kHeight};
+  Screen screen{kScreenWidth, kScreenHeight};
   Process player = startAssistant({"launch", PLAYER_EXAMPLE}, {{"DISPLAY", screen.display()}});
 };
 
@@ -137,7 +137,7 @@ TEST_F(ThePlayer, EndsWellWhenItIsTerminated) {
 
 TEST(ThePlayersFolder, HasScenariosThatPass) {
   const support::TemporaryRuntime runtime;
-  Screen screen(kWidth, kHeight);
+  Screen screen(kScreenWidth, kScreenHeight);
 
   const Outcome outcome =
       runAssistant({"test", PLAYER_SCENARIOS, "--app", PLAYER_EXAMPLE, "--jobs", "3"},

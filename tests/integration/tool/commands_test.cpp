@@ -4,6 +4,7 @@
 #include "integration/harness/AssistantCommand.h"
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/TestApplication.h"
+#include "integration/tool/startMusic.h"
 
 #include "support/TemporaryFolder.h"
 
@@ -24,17 +25,8 @@ using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr const char *kMusic = "org.example.music";
-
 class TheTool : public IntegrationTest {
 protected:
-  // The example's own program, in its own folder.
-  static Process startMusic() {
-    Process music({std::string(MUSIC_EXAMPLE) + "/bin/music"}, {{"AUL_APPID", kMusic}});
-    EXPECT_EQ(runAssistant({"state", kMusic, "--wait", "20"}).status, 0);
-    return music;
-  }
-
   std::string paramsFor(const std::vector<std::string> &arguments) {
     TestApplication application(runtime);
     application.setAction("play");

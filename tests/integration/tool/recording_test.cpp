@@ -3,6 +3,7 @@
 // norix-assistant record and mcp --record from outside, with the music example.
 #include "integration/harness/AssistantCommand.h"
 #include "integration/harness/IntegrationTest.h"
+#include "integration/harness/examples.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -18,10 +19,6 @@ namespace {
 using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
-
-constexpr int kFailed = 14;
-constexpr int kWrongUsage = 2;
-constexpr const char *kMusic = "org.example.music";
 
 class TheRecordCommand : public IntegrationTest {
 protected:

@@ -3,6 +3,7 @@
 // norix-assistant test from outside, with the music example.
 #include "integration/harness/AssistantCommand.h"
 #include "integration/harness/IntegrationTest.h"
+#include "integration/tool/startMusic.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -24,10 +25,7 @@ using testing::Not;
 
 constexpr const char *kFailingScenario =
     SOURCE_FOLDER "/examples/music/scenarios-that-fail/volume.yaml";
-constexpr int kFailed = 14;
 constexpr int kRefused = 15;
-constexpr int kCannotLaunch = 8;
-constexpr int kWrongUsage = 2;
 
 class TheTestCommand : public IntegrationTest {
 protected:
@@ -276,9 +274,7 @@ TEST_F(TheTestCommand, FailsByALogLineThatDidNotCome) {
 }
 
 TEST_F(TheTestCommand, UsesAnApplicationThatRuns) {
-  const Process music({std::string(MUSIC_EXAMPLE) + "/bin/music"},
-                      {{"AUL_APPID", "org.example.music"}});
-  ASSERT_EQ(runAssistant({"state", "org.example.music", "--wait", "20"}).status, 0);
+  const Process music = startMusic();
   const std::string file = runtime.write("scenario.yaml", "application: {running: "
                                                           "org.example.music}\n"
                                                           "steps: [{state: }]");

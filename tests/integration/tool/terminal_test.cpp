@@ -6,6 +6,7 @@
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/TestApplication.h"
 #include "integration/tool/Terminal.h"
+#include "integration/tool/startMusic.h"
 
 #include <gmock/gmock.h>
 
@@ -18,16 +19,9 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr const char *kMusic = "org.example.music";
-
 class WithMusic : public IntegrationTest {
-protected:
-  WithMusic() : _music({std::string(MUSIC_EXAMPLE) + "/bin/music"}, {{"AUL_APPID", kMusic}}) {
-    EXPECT_EQ(runAssistant({"state", kMusic, "--wait", "20"}).status, 0);
-  }
-
 private:
-  const Process _music;
+  const Process _music = startMusic();
 };
 
 struct UserShell {

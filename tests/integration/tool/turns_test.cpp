@@ -5,6 +5,7 @@
 #include "integration/harness/AssistantCommand.h"
 #include "integration/harness/IntegrationTest.h"
 #include "integration/harness/TestApplication.h"
+#include "integration/tool/startMusic.h"
 
 #include <gmock/gmock.h>
 
@@ -20,8 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr const char *kMusic = "org.example.music";
 
 // A start of an instrumented program costs a hundred of a plain one.
 #if defined(__SANITIZE_ADDRESS__)
@@ -58,8 +57,7 @@ protected:
 };
 
 TEST_F(Turns, LoseAndMixUpNoneOfAThousandCommands) {
-  const Process music({std::string(MUSIC_EXAMPLE) + "/bin/music"}, {{"AUL_APPID", kMusic}});
-  ASSERT_EQ(runAssistant({"state", kMusic, "--wait", "20"}).status, 0);
+  const Process music = startMusic();
   const fs::path folder = runtime.write("out-marker", "").parent_path() / "out";
   fs::create_directory(folder);
 

@@ -12,16 +12,16 @@ namespace fake {
 
 namespace {
 
-struct Call {
+struct CallOfAThread {
   Ecore_Cb function;
   void *data;
 };
 
 std::mutex mutex;
 std::condition_variable added;
-std::vector<Call> waiting;
+std::vector<CallOfAThread> waiting;
 
-std::vector<Call> takeCalls() {
+std::vector<CallOfAThread> takeCalls() {
   const std::lock_guard<std::mutex> lock(mutex);
   return std::exchange(waiting, {});
 }
@@ -34,8 +34,8 @@ void waitForCallOfThreads() {
 }
 
 std::size_t runCallsOfThreads() {
-  const std::vector<Call> calls = takeCalls();
-  for (const Call &call : calls) {
+  const std::vector<CallOfAThread> calls = takeCalls();
+  for (const CallOfAThread &call : calls) {
     call.function(call.data);
   }
   return calls.size();

@@ -4,6 +4,8 @@
 // of an exported function and of the stub's event handlers, and ends in a service's operations and
 // in the timers. Nothing is left but what an interrupted delivery leaves on purpose, and the
 // library goes on working.
+#include "roads.h"
+
 #include "fakes/Heap.h"
 #include "fakes/LibraryTest.h"
 
@@ -34,7 +36,7 @@ std::vector<DeliberateLeak> noLeaks() {
   return {};
 }
 
-struct Road {
+struct TightRoad {
   const char *name;
   // Up to the road's beginning; nothing fails there.
   std::function<void(App &, Assistant &)> prepare;
@@ -45,19 +47,8 @@ struct Road {
   bool stops = false;
 };
 
-void PrintTo(const Road &road, std::ostream *out) {
+void PrintTo(const TightRoad &road, std::ostream *out) {
   *out << road.name;
-}
-
-void nothing(App & /*app*/, Assistant & /*assistant*/) {}
-
-void isInitialised(App &app, Assistant & /*assistant*/) {
-  app.initialises();
-}
-
-void isConnected(App &app, Assistant &assistant) {
-  app.initialises();
-  assistant.connects();
 }
 
 void hasADelegate(App &app, Assistant &assistant) {
@@ -65,24 +56,22 @@ void hasADelegate(App &app, Assistant &assistant) {
   assistant.registers();
 }
 
-void isReady(App &app, Assistant &assistant) {
-  hasADelegate(app, assistant);
-  app.registersForState();
-  app.registersFor(kAction);
+void isReadyForActions(App &app, Assistant &assistant) {
+  isReadyFor(kAction, app, assistant);
 }
 
 void stateWaits(App &app, Assistant &assistant) {
-  isReady(app, assistant);
+  isReadyForActions(app, assistant);
   assistant.asksForState(1);
 }
 
 void actionWaits(App &app, Assistant &assistant) {
-  isReady(app, assistant);
+  isReadyForActions(app, assistant);
   assistant.asksForAction(kAction, 1);
 }
 
 void requestIsParked(App &app, Assistant &assistant) {
-  isReady(app, assistant);
+  isReadyForActions(app, assistant);
   assistant.asksForAction(kLate, 1);
 }
 
@@ -114,7 +103,7 @@ std::vector<DeliberateLeak> afterGivingUp() {
   return left;
 }
 
-const std::vector<Road> kRoads = {
+const std::vector<TightRoad> kTightRoads = {
     {"OfAnInitialisation", nothing, [](App &app, Assistant &) { app.initialises(); },
      afterAnInitialisation},
     {"OfAConnection", isInitialised, [](App &, Assistant &assistant) { assistant.connects(); }},
@@ -122,25 +111,25 @@ const std::vector<Road> kRoads = {
      [](App &, Assistant &assistant) { assistant.registers(); }},
     {"OfASecondRegistrationOfTheAssistant", hasADelegate,
      [](App &, Assistant &assistant) { assistant.registers(); }},
-    {"OfAnUnregistrationOfTheAssistant", isReady,
+    {"OfAnUnregistrationOfTheAssistant", isReadyForActions,
      [](App &, Assistant &assistant) { assistant.unregisters(); }, noLeaks, true},
     {"OfARegistrationForActions", isInitialised,
      [](App &app, Assistant &) { app.registersFor(kAction); }},
-    {"OfASecondRegistrationForActions", isReady,
+    {"OfASecondRegistrationForActions", isReadyForActions,
      [](App &app, Assistant &) { app.registersFor(kAction); }},
-    {"OfAnUnregistrationForActions", isReady,
+    {"OfAnUnregistrationForActions", isReadyForActions,
      [](App &, Assistant &) { (void)norix_unset_action_execution_cb(kAction); }},
-    {"OfAStateRequest", isReady, [](App &, Assistant &assistant) { assistant.asksForState(1); },
-     noLeaks, true},
+    {"OfAStateRequest", isReadyForActions,
+     [](App &, Assistant &assistant) { assistant.asksForState(1); }, noLeaks, true},
     {"OfAStateRequestWithoutACallback", hasADelegate,
      [](App &, Assistant &assistant) { assistant.asksForState(1); }, noLeaks, true},
-    {"OfAnActionRequest", isReady,
+    {"OfAnActionRequest", isReadyForActions,
      [](App &, Assistant &assistant) { assistant.asksForAction(kAction, 1); }, noLeaks, true},
-    {"OfAnEarlyRequest", isReady,
+    {"OfAnEarlyRequest", isReadyForActions,
      [](App &, Assistant &assistant) { assistant.asksForAction(kLate, 1); }, noLeaks, true},
     {"OfALateDelivery",
      [](App &app, Assistant &assistant) {
-       isReady(app, assistant);
+       isReadyForActions(app, assistant);
        assistant.asksForAction(kShort, 1);
        app.registersFor(kShort);
      },
@@ -187,7 +176,7 @@ bool throwsBadAlloc(const std::function<void()> &action) {
 }
 
 // Runs the road with its nth allocation failing. Whether it had as many.
-bool isInterrupted(const Road &road, int nth) {
+bool isInterrupted(const TightRoad &road, int nth) {
   fake::startAnew();
   // An id of some length, whose copies allocate.
   platform().application.id = "org.example.an.application.with.a.long.id";
@@ -218,7 +207,8 @@ bool isInterrupted(const Road &road, int nth) {
   return interrupted;
 }
 
-class AFailedAllocation : public fake::LibraryTest, public testing::WithParamInterface<Road> {};
+class AFailedAllocation : public fake::LibraryTest,
+                          public testing::WithParamInterface<TightRoad> {};
 
 TEST_P(AFailedAllocation, ReachesTheCallerOrEndsAndLeavesTheLibraryWorking) {
   int nth = 1;
@@ -230,7 +220,7 @@ TEST_P(AFailedAllocation, ReachesTheCallerOrEndsAndLeavesTheLibraryWorking) {
   fake::startAnew();
 }
 
-INSTANTIATE_TEST_SUITE_P(, AFailedAllocation, testing::ValuesIn(kRoads),
+INSTANTIATE_TEST_SUITE_P(, AFailedAllocation, testing::ValuesIn(kTightRoads),
                          [](const auto &tested) { return std::string(tested.param.name); });
 
 // Taking something away, and registering for states, needs no memory that could be missing.

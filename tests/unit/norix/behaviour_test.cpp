@@ -2,6 +2,8 @@
 //
 // Every row of every table of docs/behaviour.md against the library: a row that is not true fails,
 // and so does a row that nothing here tries out.
+#include "roads.h"
+
 #include "fakes/LibraryTest.h"
 
 #include <norix.h>
@@ -63,38 +65,31 @@ struct World {
 };
 
 // What the library does in the situation of a row, in the words of the row's other cells.
-using Situation = std::function<Cells(World &)>;
+using Trial = std::function<Cells(World &)>;
 
 void leaves(DeliberateLeak leak) {
   platform().leaks.expectLeft(leak, 1);
 }
 
-void isReady(World &world) {
-  world.app.initialises();
-  world.app.registersForState();
-  world.app.registersFor("play");
-  world.assistant.isReady();
-}
-
 // --- Answers ---
 
-enum Kind { kAction, kState };
+enum class Kind { Action, State };
 
 void asks(World &world, Kind kind, uint64_t requestId) {
-  kind == kAction ? world.assistant.asksForAction("play", requestId)
-                  : world.assistant.asksForState(requestId);
+  kind == Kind::Action ? world.assistant.asksForAction("play", requestId)
+                       : world.assistant.asksForState(requestId);
 }
 
 void *handleOf(World &world, Kind kind) {
-  return kind == kAction ? world.app.actionRequests.back().handle
-                         : world.app.stateRequests.back().handle;
+  return kind == Kind::Action ? world.app.actionRequests.back().handle
+                              : world.app.stateRequests.back().handle;
 }
 
 // The result of an answer and what became of it.
 std::string outcomeOf(World &world, Kind function, void *handle) {
   const std::size_t before = world.assistant.callbacks().size();
-  const int result = function == kAction ? norix_complete_action_execution(handle, "text")
-                                         : norix_complete_app_state_request(handle, "text");
+  const int result = function == Kind::Action ? norix_complete_action_execution(handle, "text")
+                                              : norix_complete_app_state_request(handle, "text");
   const bool isSent = world.assistant.callbacks().size() != before;
   switch (result) {
   case NORIX_ERROR_NONE:
@@ -113,8 +108,8 @@ Cells answersOfBoth(
     World &world, const std::function<void(World &, Kind)> &meanwhile,
     const std::function<void(Kind)> &afterwards = [](Kind) {}) {
   Cells outcomes;
-  for (const Kind kind : {kAction, kState}) {
-    isReady(world);
+  for (const Kind kind : {Kind::Action, Kind::State}) {
+    isReady(world.app, world.assistant);
     asks(world, kind, 1);
     void *const handle = handleOf(world, kind);
     meanwhile(world, kind);
@@ -158,7 +153,7 @@ Cells answersTheDisconnected(World &world) {
   return answersOfBoth(
       world, [](World &inside, Kind) { inside.assistant.disconnects(); },
       [](Kind kind) {
-        if (kind == kAction) {
+        if (kind == Kind::Action) {
           leaves(DeliberateLeak::AppIdOfFailedDelivery);
         }
       });
@@ -168,42 +163,43 @@ Cells answersWithoutDelegate(World &world) {
   return answersOfBoth(
       world, [](World &inside, Kind) { inside.assistant.unregisters(); },
       [](Kind kind) {
-        if (kind == kState) {
+        if (kind == Kind::State) {
           leaves(DeliberateLeak::UndeliveredResponse);
         }
       });
 }
 
 Cells answersTheOtherKind(World &world) {
-  isReady(world);
-  asks(world, kState, 1);
-  const std::string action = outcomeOf(world, kAction, handleOf(world, kState));
-  asks(world, kAction, 2);
-  return {action, outcomeOf(world, kState, handleOf(world, kAction))};
+  isReady(world.app, world.assistant);
+  asks(world, Kind::State, 1);
+  const std::string action = outcomeOf(world, Kind::Action, handleOf(world, Kind::State));
+  asks(world, Kind::Action, 2);
+  return {action, outcomeOf(world, Kind::State, handleOf(world, Kind::Action))};
 }
 
 Cells answersALateRequest(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   world.assistant.asksForAction("late", 1);
   world.app.registersFor("late");
   platform().clock.advance(0.02);
   leaves(DeliberateLeak::ParkedBundle);
-  void *const handle = handleOf(world, kAction);
-  return {outcomeOf(world, kAction, handle), outcomeOf(world, kState, handle)};
+  void *const handle = handleOf(world, Kind::Action);
+  return {outcomeOf(world, Kind::Action, handle), outcomeOf(world, Kind::State, handle)};
 }
 
 Cells answersWithoutHandle(World &world) {
-  isReady(world);
-  asks(world, kAction, 1);
-  return {outcomeOf(world, kAction, nullptr), outcomeOf(world, kState, nullptr)};
+  isReady(world.app, world.assistant);
+  asks(world, Kind::Action, 1);
+  return {outcomeOf(world, Kind::Action, nullptr), outcomeOf(world, Kind::State, nullptr)};
 }
 
 Cells answersUninitialised(World &world) {
   int unknown = 2;
-  const Cells before = {outcomeOf(world, kAction, &unknown), outcomeOf(world, kState, &unknown)};
-  isReady(world);
+  const Cells before = {outcomeOf(world, Kind::Action, &unknown),
+                        outcomeOf(world, Kind::State, &unknown)};
+  isReady(world.app, world.assistant);
   world.app.deinitialises();
-  Cells after = {outcomeOf(world, kAction, &unknown), outcomeOf(world, kState, &unknown)};
+  Cells after = {outcomeOf(world, Kind::Action, &unknown), outcomeOf(world, Kind::State, &unknown)};
   EXPECT_EQ(before, after);
   return after;
 }
@@ -226,14 +222,14 @@ std::string toldAt(World &world, double seconds) {
 }
 
 Cells registersBefore(World &world) {
-  isReady(world);
-  asks(world, kAction, 1);
+  isReady(world.app, world.assistant);
+  asks(world, Kind::Action, 1);
   EXPECT_EQ(world.app.actionRequests.size(), 1U);
   return {"at once", toldAt(world, 30) + " after 30 s"};
 }
 
 Cells registersInTime(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   leaves(DeliberateLeak::ParkedBundle);
   world.assistant.asksForAction("late", 1);
   platform().clock.advance(0.099);
@@ -245,7 +241,7 @@ Cells registersInTime(World &world) {
 }
 
 Cells registersTooLate(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   leaves(DeliberateLeak::ParkedBundle);
   world.assistant.asksForAction("late", 1);
   platform().clock.advance(0.101);
@@ -274,7 +270,7 @@ Cells served(World &world) {
                                                 : std::to_string(looks) + " times"};
 }
 
-Situation whenTheListIs(const std::string &content) {
+Trial whenTheListIs(const std::string &content) {
   return [content](World &world) {
     world.allowListIs(content);
     return served(world);
@@ -291,7 +287,7 @@ Cells whenTheListCannotBeOpened(World &world) {
 }
 
 // The second read of the list fails: what stands behind the first 8 KiB is not read.
-Situation whenReadingFails(bool namesTheSenderFirst) {
+Trial whenReadingFails(bool namesTheSenderFirst) {
   return [namesTheSenderFirst](World &world) {
     const std::string sender = std::string(fake::kAssistantId) + "\n";
     const std::string others = std::string(10000, 'x') + "\n";
@@ -311,21 +307,21 @@ std::string toldAfterDeinitialising(World &world) {
 }
 
 Cells stopsWithAnAction(World &world) {
-  isReady(world);
-  asks(world, kAction, 1);
+  isReady(world.app, world.assistant);
+  asks(world, Kind::Action, 1);
   return {toldAfterDeinitialising(world)};
 }
 
 Cells stopsWithAParkedRequest(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   world.assistant.asksForAction("late", 1);
   leaves(DeliberateLeak::ParkedBundle);
   return {toldAfterDeinitialising(world)};
 }
 
 Cells stopsWithAState(World &world) {
-  isReady(world);
-  asks(world, kState, 1);
+  isReady(world.app, world.assistant);
+  asks(world, Kind::State, 1);
   leaves(DeliberateLeak::UndeliveredResponse);
   const std::string told = toldAfterDeinitialising(world);
   const std::vector<std::string> log = platform().log.texts();
@@ -337,8 +333,8 @@ Cells stopsWithAState(World &world) {
 }
 
 Cells stopsWithAStateAndComesBack(World &world) {
-  isReady(world);
-  asks(world, kState, 1);
+  isReady(world.app, world.assistant);
+  asks(world, Kind::State, 1);
   world.app.deinitialises();
   platform().clock.advance(29);
   world.app.initialises();
@@ -356,8 +352,8 @@ Cells stopsWithAStateAndComesBack(World &world) {
 // --- Memory ---
 
 // A row of the table of memory; the leak check of the test is what holds it.
-Situation left(const std::string &what, DeliberateLeak leak,
-               const std::function<void(World &)> &happens) {
+Trial left(const std::string &what, DeliberateLeak leak,
+           const std::function<void(World &)> &happens) {
   return [=](World &world) {
     happens(world);
     leaves(leak);
@@ -366,33 +362,33 @@ Situation left(const std::string &what, DeliberateLeak leak,
 }
 
 void isDeliveredLate(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   world.assistant.asksForAction("late", 1);
   world.app.registersFor("late");
   platform().clock.advance(0.02);
 }
 
 void isGivenUp(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   world.assistant.asksForAction("late", 1);
   platform().clock.advance(0.12);
 }
 
 void isParkedAtTheEnd(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   world.assistant.asksForAction("late", 1);
   world.app.deinitialises();
 }
 
 void stateFindsNoDelegate(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   world.assistant.unregisters();
   world.assistant.asksForState(1);
   world.app.answersState("state");
 }
 
 void actionIsRefusedByTheChannel(World &world) {
-  isReady(world);
+  isReady(world.app, world.assistant);
   world.assistant.asksForAction("play", 1);
   world.assistant.disconnects();
   world.app.answersAction("result");
@@ -409,9 +405,9 @@ void failsToListen(World &world) {
 }
 
 // By the first cell of the row.
-const std::map<std::string, Situation> &situations() {
+const std::map<std::string, Trial> &situations() {
   static const std::string sender = fake::kAssistantId;
-  static const std::map<std::string, Situation> all = {
+  static const std::map<std::string, Trial> all = {
       {"the request in progress", answersInProgress},
       {"the same request again", answersAgain},
       {"a request that a newer one replaced", answersReplaced},

@@ -3,12 +3,13 @@
 // Every exported function, called in every situation an application can be in: the exact result,
 // and no crash.
 #include "exported_calls.h"
+#include "results.h"
+#include "roads.h"
 
 #include "fakes/LibraryTest.h"
 
 #include <norix.h>
 
-#include <array>
 #include <functional>
 #include <tuple>
 
@@ -19,12 +20,7 @@ using fake::platform;
 using fake::ResponsesAre;
 using fake::TextsAre;
 
-constexpr int kDone = NORIX_ERROR_NONE;
-constexpr int kInvalid = NORIX_ERROR_INVALID_PARAMETER;
-constexpr int kFailed = NORIX_ERROR_OPERATION_FAILED;
-constexpr int kUnsupported = NORIX_ERROR_NOT_SUPPORTED;
-
-struct World {
+struct Caller {
   fake::App &app;
   fake::Assistant &assistant;
   // Calls the function under test with the handle.
@@ -34,220 +30,201 @@ struct World {
 struct Situation {
   const char *name;
   // Goes there and makes the call.
-  std::function<void(World &)> enter;
-  // In the order of the nine functions: initialise, deinitialise, set and unset the state callback,
-  // complete a state request, set and unset an action's callback, complete an action, get its name.
-  std::array<int, 9> results;
+  std::function<void(Caller &)> enter;
+  Results results;
   // Requests that waited for their callback leave their copy.
   bool leavesAParkedRequest = false;
 };
 
-void isReady(World &world) {
-  world.app.initialises();
-  world.app.registersForState();
-  world.app.registersFor("play");
-  world.assistant.isReady();
-}
-
 int unknownNumber = 50;
 void *const kUnknownHandle = &unknownNumber;
 
-constexpr std::array<int, 9> kNotInitialised = {kDone,   kDone,   kFailed, kFailed, kFailed,
-                                                kFailed, kFailed, kFailed, kInvalid};
-constexpr std::array<int, 9> kIdle = {kDone, kDone, kDone, kDone,   kDone,
-                                      kDone, kDone, kDone, kInvalid};
-// A state request waits: answering it as an action comes too late, there is no such wait.
-constexpr std::array<int, 9> kStateWaits = {kDone, kDone, kDone,   kDone, kDone,
-                                            kDone, kDone, kFailed, kDone};
-constexpr std::array<int, 9> kActionWaits = {kDone, kDone, kDone, kDone, kFailed,
-                                             kDone, kDone, kDone, kDone};
-
-void beforeInitialisation(World &world) {
-  world.call(kUnknownHandle);
+void beforeInitialisation(Caller &caller) {
+  caller.call(kUnknownHandle);
 }
 
-void afterARefusedInitialisation(World &world) {
+void afterARefusedInitialisation(Caller &caller) {
   platform().application.metadata.clear();
-  world.app.initialises();
-  world.call(kUnknownHandle);
+  caller.app.initialises();
+  caller.call(kUnknownHandle);
 }
 
-void insideAnInitialisation(World &world) {
-  platform().during["rpc_port_stub_listen"] = [&world] { world.call(kUnknownHandle); };
-  world.app.initialises();
+void insideAnInitialisation(Caller &caller) {
+  platform().during["rpc_port_stub_listen"] = [&caller] { caller.call(kUnknownHandle); };
+  caller.app.initialises();
 }
 
-void afterInitialisation(World &world) {
-  world.app.initialises();
-  world.call(kUnknownHandle);
+void afterInitialisation(Caller &caller) {
+  caller.app.initialises();
+  caller.call(kUnknownHandle);
 }
 
-void betweenConnectAndRegistration(World &world) {
-  world.app.initialises();
-  world.assistant.connects();
-  world.call(kUnknownHandle);
+void betweenConnectAndRegistration(Caller &caller) {
+  caller.app.initialises();
+  caller.assistant.connects();
+  caller.call(kUnknownHandle);
 }
 
-void afterTheAssistantLeft(World &world) {
-  isReady(world);
-  world.assistant.disconnects();
-  world.call(kUnknownHandle);
+void afterTheAssistantLeft(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.disconnects();
+  caller.call(kUnknownHandle);
 }
 
-void insideAStateCallback(World &world) {
-  isReady(world);
-  world.app.onState = [&world](const auto &request) { world.call(request.handle); };
-  world.assistant.asksForState(1);
+void insideAStateCallback(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.app.onState = [&caller](const auto &request) { caller.call(request.handle); };
+  caller.assistant.asksForState(1);
 }
 
-void insideAnActionCallback(World &world) {
-  isReady(world);
-  world.app.onAction = [&world](const auto &request) { world.call(request.handle); };
-  world.assistant.asksForAction("play", 1);
+void insideAnActionCallback(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.app.onAction = [&caller](const auto &request) { caller.call(request.handle); };
+  caller.assistant.asksForAction("play", 1);
 }
 
-void whileAStateRequestWaits(World &world) {
-  isReady(world);
-  world.assistant.asksForState(1);
-  world.call(world.app.stateRequests.back().handle);
+void whileAStateRequestWaits(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForState(1);
+  caller.call(caller.app.stateRequests.back().handle);
 }
 
-void whileAnActionWaits(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("play", 1);
-  world.call(world.app.actionRequests.back().handle);
+void whileAnActionWaits(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("play", 1);
+  caller.call(caller.app.actionRequests.back().handle);
 }
 
-void whileARequestIsParked(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("late", 1);
-  world.call(kUnknownHandle);
+void whileARequestIsParked(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("late", 1);
+  caller.call(kUnknownHandle);
 }
 
-void insideADeferredCallback(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("late", 1);
-  world.app.registersFor("late");
-  world.app.onAction = [&world](const auto &request) { world.call(request.handle); };
+void insideADeferredCallback(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("late", 1);
+  caller.app.registersFor("late");
+  caller.app.onAction = [&caller](const auto &request) { caller.call(request.handle); };
   platform().clock.advance(0.02);
 }
 
-void afterAParkedRequestWasGivenUp(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("late", 1);
+void afterAParkedRequestWasGivenUp(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("late", 1);
   platform().clock.advance(0.12);
-  world.call(kUnknownHandle);
+  caller.call(kUnknownHandle);
 }
 
-void afterAStateTimeout(World &world) {
-  isReady(world);
-  world.assistant.asksForState(1);
+void afterAStateTimeout(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForState(1);
   platform().clock.advance(30);
-  world.call(world.app.stateRequests.back().handle);
+  caller.call(caller.app.stateRequests.back().handle);
 }
 
-void afterAnActionTimeout(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("play", 1);
+void afterAnActionTimeout(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("play", 1);
   platform().clock.advance(30);
-  world.call(world.app.actionRequests.back().handle);
+  caller.call(caller.app.actionRequests.back().handle);
 }
 
-void afterAnAnsweredState(World &world) {
-  isReady(world);
-  world.assistant.asksForState(1);
-  world.app.answersState("state");
-  world.call(world.app.stateRequests.back().handle);
+void afterAnAnsweredState(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForState(1);
+  caller.app.answersState("state");
+  caller.call(caller.app.stateRequests.back().handle);
 }
 
-void afterAnAnsweredAction(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("play", 1);
-  world.app.answersAction("result");
-  world.call(world.app.actionRequests.back().handle);
+void afterAnAnsweredAction(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("play", 1);
+  caller.app.answersAction("result");
+  caller.call(caller.app.actionRequests.back().handle);
 }
 
-void withTheHandleOfAReplacedRequest(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("play", 1);
-  world.assistant.asksForState(2);
-  world.call(world.app.actionRequests.back().handle);
+void withTheHandleOfAReplacedRequest(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("play", 1);
+  caller.assistant.asksForState(2);
+  caller.call(caller.app.actionRequests.back().handle);
 }
 
-void withANullHandle(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("play", 1);
-  world.call(nullptr);
+void withANullHandle(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("play", 1);
+  caller.call(nullptr);
 }
 
-void afterDeinitialisation(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("play", 1);
-  world.app.deinitialises();
-  world.call(world.app.actionRequests.back().handle);
+void afterDeinitialisation(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("play", 1);
+  caller.app.deinitialises();
+  caller.call(caller.app.actionRequests.back().handle);
 }
 
-void afterAnotherInitialisation(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("play", 1);
-  world.app.deinitialises();
-  world.app.initialises();
-  world.call(world.app.actionRequests.back().handle);
+void afterAnotherInitialisation(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("play", 1);
+  caller.app.deinitialises();
+  caller.app.initialises();
+  caller.call(caller.app.actionRequests.back().handle);
 }
 
-void insideAStateCallbackThatDeinitialised(World &world) {
-  isReady(world);
-  world.app.onState = [&world](const auto &request) {
-    world.app.deinitialises();
-    world.call(request.handle);
+void insideAStateCallbackThatDeinitialised(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.app.onState = [&caller](const auto &request) {
+    caller.app.deinitialises();
+    caller.call(request.handle);
   };
-  world.assistant.asksForState(1);
+  caller.assistant.asksForState(1);
 }
 
-void insideAnActionCallbackThatDeinitialised(World &world) {
-  isReady(world);
-  world.app.onAction = [&world](const auto &request) {
-    world.app.deinitialises();
-    world.call(request.handle);
+void insideAnActionCallbackThatDeinitialised(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.app.onAction = [&caller](const auto &request) {
+    caller.app.deinitialises();
+    caller.call(request.handle);
   };
-  world.assistant.asksForAction("play", 1);
+  caller.assistant.asksForAction("play", 1);
 }
 
-void insideADeferredCallbackThatDeinitialised(World &world) {
-  isReady(world);
-  world.assistant.asksForAction("late", 1);
-  world.app.registersFor("late");
-  world.app.onAction = [&world](const auto &request) {
-    world.app.deinitialises();
-    world.call(request.handle);
+void insideADeferredCallbackThatDeinitialised(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.assistant.asksForAction("late", 1);
+  caller.app.registersFor("late");
+  caller.app.onAction = [&caller](const auto &request) {
+    caller.app.deinitialises();
+    caller.call(request.handle);
   };
   platform().clock.advance(0.02);
 }
 
-void insideACallbackThatReinitialised(World &world) {
-  isReady(world);
-  world.app.onAction = [&world](const auto &request) {
-    world.app.deinitialises();
-    world.app.initialises();
-    world.call(request.handle);
+void insideACallbackThatReinitialised(Caller &caller) {
+  isReady(caller.app, caller.assistant);
+  caller.app.onAction = [&caller](const auto &request) {
+    caller.app.deinitialises();
+    caller.app.initialises();
+    caller.call(request.handle);
   };
-  world.assistant.asksForAction("play", 1);
+  caller.assistant.asksForAction("play", 1);
 }
 
-constexpr std::array<int, 9> afterRefusal() {
-  std::array<int, 9> results = kNotInitialised;
+constexpr Results afterRefusal() {
+  Results results = kNotInitialised;
   results[0] = kUnsupported;
   return results;
 }
 
-constexpr std::array<int, 9> afterAnsweredState() {
-  std::array<int, 9> results = kStateWaits;
+constexpr Results afterAnsweredState() {
+  Results results = kStateWaits;
   results[4] = kFailed;
   return results;
 }
 
-constexpr std::array<int, 9> withNull() {
-  std::array<int, 9> results = kActionWaits;
+constexpr Results withNull() {
+  Results results = kActionWaits;
   results[4] = kInvalid;
   results[7] = kInvalid;
   results[8] = kInvalid;
@@ -304,11 +281,11 @@ TEST_P(ACallFromEverywhere, HasItsResult) {
   const Situation &situation = kSituations[std::get<0>(GetParam())];
   const size_t function = std::get<1>(GetParam());
   std::vector<int> results;
-  World world{app, assistant, [&results, function](void *handle) {
-                results.push_back(exportedCalls()[function].call(handle));
-              }};
+  Caller caller{app, assistant, [&results, function](void *handle) {
+                  results.push_back(exportedCalls()[function].call(handle));
+                }};
 
-  situation.enter(world);
+  situation.enter(caller);
   endEveryWait();
 
   EXPECT_THAT(results, testing::ElementsAre(situation.results.at(function)));

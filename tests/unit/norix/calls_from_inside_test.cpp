@@ -3,12 +3,12 @@
 // Every exported function, called in the middle of an initialisation and of a deinitialisation: at
 // each event at which the platform runs. There the library is half there.
 #include "exported_calls.h"
+#include "results.h"
 
 #include "fakes/LibraryTest.h"
 
 #include <norix.h>
 
-#include <array>
 #include <ostream>
 #include <tuple>
 
@@ -18,20 +18,7 @@ using fake::DeliberateLeak;
 using fake::platform;
 using fake::ResponsesAre;
 
-constexpr int kDone = NORIX_ERROR_NONE;
-constexpr int kInvalid = NORIX_ERROR_INVALID_PARAMETER;
-constexpr int kFailed = NORIX_ERROR_OPERATION_FAILED;
-
 enum Function { kInitialize, kDeinitialize };
-
-// In the order of the nine functions: initialise, deinitialise, set and unset the state callback,
-// complete a state request, set and unset an action's callback, complete an action, get its name.
-using Results = std::array<int, 9>;
-
-constexpr Results kNotInitialised = {kDone,   kDone,   kFailed, kFailed, kFailed,
-                                     kFailed, kFailed, kFailed, kInvalid};
-constexpr Results kIdle = {kDone, kDone, kDone, kDone, kDone, kDone, kDone, kDone, kInvalid};
-constexpr Results kActionWaits = {kDone, kDone, kDone, kDone, kFailed, kDone, kDone, kDone, kDone};
 
 struct Moment {
   const char *name;

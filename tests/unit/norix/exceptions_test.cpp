@@ -29,7 +29,7 @@ void PrintTo(const Thrown &row, std::ostream *out) {
   *out << row.name;
 }
 
-struct Road {
+struct RoadToACallback {
   const char *name;
   // Until the callback is called; the result is that of the stub's received handler.
   std::function<int(fake::App &, fake::Assistant &)> run;
@@ -37,12 +37,13 @@ struct Road {
   bool leavesAParkedRequest = false;
 };
 
-void PrintTo(const Road &row, std::ostream *out) {
+void PrintTo(const RoadToACallback &row, std::ostream *out) {
   *out << row.name;
 }
 
-class AnExceptionOfACallback : public fake::ReadyLibraryTest,
-                               public testing::WithParamInterface<std::tuple<Road, Thrown>> {
+class AnExceptionOfACallback
+    : public fake::ReadyLibraryTest,
+      public testing::WithParamInterface<std::tuple<RoadToACallback, Thrown>> {
 protected:
   void SetUp() override {
     ReadyLibraryTest::SetUp();
@@ -53,7 +54,7 @@ protected:
       expectLeft(DeliberateLeak::ParkedBundle);
     }
   }
-  static const Road &road() { return std::get<0>(GetParam()); }
+  static const RoadToACallback &road() { return std::get<0>(GetParam()); }
   static const Thrown &thrown() { return std::get<1>(GetParam()); }
 };
 
@@ -86,7 +87,7 @@ TEST_P(AnExceptionOfACallback, LeavesTheNextRequestServed) {
   EXPECT_THAT(assistant.responses(), ResponsesAre({fake::stateAnswer("state", 2)}));
 }
 
-const Road kRoads[] = {
+const RoadToACallback kRoadsToACallback[] = {
     {"OfAState", [](fake::App &, fake::Assistant &assistant) { return assistant.asksForState(1); },
      fake::stateFailure("App state request execution timed out", 1)},
     {"OfAnAction",
@@ -112,7 +113,8 @@ const Thrown kThrown[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(, AnExceptionOfACallback,
-                         testing::Combine(testing::ValuesIn(kRoads), testing::ValuesIn(kThrown)),
+                         testing::Combine(testing::ValuesIn(kRoadsToACallback),
+                                          testing::ValuesIn(kThrown)),
                          [](const auto &tested) {
                            return std::string(std::get<0>(tested.param).name)
                                   + std::get<1>(tested.param).name;

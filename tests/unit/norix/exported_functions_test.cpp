@@ -20,10 +20,6 @@ using fake::ResponsesAre;
 using fake::TextsAre;
 using testing::IsEmpty;
 
-std::string nameOf(const testing::TestParamInfo<ExportedCall> &tested) {
-  return tested.param.function;
-}
-
 void noState(void * /*handle*/, void * /*data*/) {}
 void noAction(void * /*handle*/, bundle * /*params*/, void * /*data*/) {}
 
@@ -57,7 +53,7 @@ TEST_P(WithoutTheCoreObject, EveryLaterCallIsOutOfMemoryToo) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfTheNine, WithoutTheCoreObject, testing::ValuesIn(exportedCalls()),
-                         nameOf);
+                         testing::PrintToStringParamName());
 
 class WithoutTheCoreObjectAndArguments : public fake::LibraryTest {};
 
@@ -99,24 +95,24 @@ TEST_P(BeforeInitialisation, ACallIsAnswered) {
   EXPECT_THAT(logLines(), LinesAre({IsLine(GetParam().file, GetParam().emitter, GetParam().text)}));
 }
 
-constexpr const char *kNotInitialised = "Norix is not initialized";
+constexpr const char *kNotInitialisedText = "Norix is not initialized";
 
 INSTANTIATE_TEST_SUITE_P(
     OfTheNine, BeforeInitialisation,
     testing::Values(Refusal{"norix_deinitialize", NORIX_ERROR_NONE, "NorixImpl.cpp", "deinitialize",
                             "NorixImpl is not initialized. Please initialize at first."},
                     Refusal{"norix_set_app_state_request_cb", NORIX_ERROR_OPERATION_FAILED,
-                            "NorixImpl.cpp", "setAppStateRequestCb", kNotInitialised},
+                            "NorixImpl.cpp", "setAppStateRequestCb", kNotInitialisedText},
                     Refusal{"norix_unset_app_state_request_cb", NORIX_ERROR_OPERATION_FAILED,
-                            "NorixImpl.cpp", "unsetAppStateRequestCb", kNotInitialised},
+                            "NorixImpl.cpp", "unsetAppStateRequestCb", kNotInitialisedText},
                     Refusal{"norix_complete_app_state_request", NORIX_ERROR_OPERATION_FAILED,
-                            "NorixImpl.cpp", "completeAppStateRequest", kNotInitialised},
+                            "NorixImpl.cpp", "completeAppStateRequest", kNotInitialisedText},
                     Refusal{"norix_set_action_execution_cb", NORIX_ERROR_OPERATION_FAILED,
-                            "NorixImpl.cpp", "setActionExcutionCb", kNotInitialised},
+                            "NorixImpl.cpp", "setActionExcutionCb", kNotInitialisedText},
                     Refusal{"norix_unset_action_execution_cb", NORIX_ERROR_OPERATION_FAILED,
-                            "NorixImpl.cpp", "unsetExecuteActionCb", kNotInitialised},
+                            "NorixImpl.cpp", "unsetExecuteActionCb", kNotInitialisedText},
                     Refusal{"norix_complete_action_execution", NORIX_ERROR_OPERATION_FAILED,
-                            "NorixImpl.cpp", "completeActionExecution", kNotInitialised}),
+                            "NorixImpl.cpp", "completeActionExecution", kNotInitialisedText}),
     [](const auto &tested) { return std::string(tested.param.function); });
 
 class TheCInterface : public fake::LibraryTest {};

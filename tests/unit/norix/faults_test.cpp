@@ -3,6 +3,8 @@
 // One failure at a time, on every road through the library. A call that is not named here has no
 // effect when it fails: its result is ignored.
 #include "FaultSweep.h"
+#include "results.h"
+#include "roads.h"
 
 #include <norix.h>
 
@@ -13,9 +15,6 @@ using fake::Assistant;
 using fake::DeliberateLeak;
 using fake::kNothrowNew;
 using fake::platform;
-
-constexpr int kFailed = NORIX_ERROR_OPERATION_FAILED;
-constexpr int kNoMemory = NORIX_ERROR_OUT_OF_MEMORY;
 
 // The changes that effects make.
 auto ends(int result, const std::string &lastLog) {
@@ -56,25 +55,6 @@ auto throwsUnhanded(const std::string &lastLog) {
   return [=](Outcome &outcome) {
     outcome = {std::nullopt, lastLog, outcome.handed - 1, outcome.results, outcome.responses};
   };
-}
-
-// The beginnings of roads.
-void nothing(App & /*app*/, Assistant & /*assistant*/) {}
-
-void isInitialised(App &app, Assistant & /*assistant*/) {
-  app.initialises();
-}
-
-void isConnected(App &app, Assistant &assistant) {
-  app.initialises();
-  assistant.connects();
-}
-
-void isReady(App &app, Assistant &assistant) {
-  isConnected(app, assistant);
-  app.registersForState();
-  app.registersFor("play");
-  assistant.registers();
 }
 
 class TheFaults : public fake::NothingLeft {};

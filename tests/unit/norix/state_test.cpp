@@ -48,10 +48,6 @@ protected:
   }
 };
 
-std::string nameOf(const testing::TestParamInfo<Row> &tested) {
-  return tested.param.name;
-}
-
 NorixCommonData &common() {
   return *NorixCommonData::_instance;
 }
@@ -184,7 +180,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"TheEntryOfAStateThroughItsAnswer", entryOfAStateThroughItsAnswer},
         Row{"TheClientThroughDeinitialisation", clientThroughDeinitialisation},
         Row{"TheConnectionsThroughTheEndOfAnother", connectionsThroughTheEndOfAnother}),
-    nameOf);
+    testing::PrintToStringParamName());
 
 // --- What must be forgotten ---
 
@@ -285,7 +281,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"TheCallbacksAtDeinitialisation", callbacksAtDeinitialisation},
                     Row{"TheNumbersAtDeinitialisation", numbersAtDeinitialisation},
                     Row{"TheEntryOfAnAnsweredAction", entryOfAnAnsweredAction}),
-    nameOf);
+    testing::PrintToStringParamName());
 
 // --- Which of two values ---
 
@@ -384,7 +380,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"ADiscardIsLoggedUnderTheIdOfTheEntry", aDiscardIsLoggedUnderTheIdOfTheEntry},
         Row{"AnUnknownHandleIsLoggedByItsOwnNumber", anUnknownHandleIsLoggedByItsOwnNumber},
         Row{"ANameIsThatOfTheHandle", aNameIsThatOfTheHandle}),
-    nameOf);
+    testing::PrintToStringParamName());
 
 // --- What is asked for each time ---
 
@@ -455,7 +451,7 @@ INSTANTIATE_TEST_SUITE_P(AskEachTimeFor, Scenes,
                                          Row{"TheKeyOfTheActionId", theKeyOfTheActionId},
                                          Row{"TheCallbackOfALateRequest",
                                              theCallbackOfALateRequest}),
-                         nameOf);
+                         testing::PrintToStringParamName());
 
 TEST_P(Scenes, AreAsTheirNamesSay) {
   GetParam().scene(app, assistant);
