@@ -76,13 +76,25 @@ def mutants_of(file, text):
     """All mutants of a file in the order of its text, none twice."""
     source = Source(text)
     edits = sorted({*_token_edits(source), *_statement_edits(source)})
+    excluded = _excluded_lines(text)
     seen, found = {text}, []
     for start, end, replacement in edits:
         mutated = text[:start] + replacement + text[end:]
-        if mutated not in seen:
+        if mutated not in seen and source.line_of(start) not in excluded:
             seen.add(mutated)
             found.append(_mutant(file, source, start, mutated))
     return found
+
+
+def _excluded_lines(text):
+    """The lines that no test can reach, marked as such for the coverage."""
+    excluded, inside = set(), False
+    for number, line in enumerate(text.split("\n"), 1):
+        inside = inside or "GCOVR_EXCL_START" in line
+        if inside or "GCOVR_EXCL_LINE" in line:
+            excluded.add(number)
+        inside = inside and "GCOVR_EXCL_STOP" not in line
+    return excluded
 
 
 def _mutant(file, source, start, mutated):

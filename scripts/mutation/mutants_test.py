@@ -64,6 +64,13 @@ class Statements(unittest.TestCase):
         self.assertIn(("e();", ";"), found)
 
 
+    def test_what_the_coverage_leaves_out_stays(self):
+        found = changes_in_function("if (a == b) { // GCOVR_EXCL_START: never.", "  c();",
+                                    "} // GCOVR_EXCL_STOP", "throw d; // GCOVR_EXCL_LINE", "e();")
+
+        self.assertEqual(found, {("e();", ";")})
+
+
 class TheListOfEquivalentMutants(unittest.TestCase):
     def test_reads_what_is_printed(self):
         mutants = mutants_of("a.cpp", "int f() {\n  a();\n  #if 1\n  b(1);\n}\n")
