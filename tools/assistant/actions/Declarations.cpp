@@ -119,8 +119,10 @@ std::optional<Reading> read(const fs::path &applicationFolder) {
   }
   std::ifstream stream(file, std::ios::binary);
   std::ostringstream text;
-  text << stream.rdbuf();
-  if (!stream || !text) {
+  if (stream.peek() != std::ifstream::traits_type::eof()) { // Copying nothing is a failure to `<<`.
+    text << stream.rdbuf();
+  }
+  if (!stream.is_open() || stream.bad() || !text) {
     return failed({}, std::string("cannot be read: ") + std::strerror(errno));
   }
   return parse(text.str());

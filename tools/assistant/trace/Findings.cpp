@@ -102,7 +102,7 @@ void Findings::seeInitialize(const Event &event) {
     add("started-twice",
         "norix_initialize() cannot listen: most likely '" + _appId
             + "' runs already; end the other process (norix-assistant launch --stop " + _appId
-            + ", if it was launched so), then start it again");
+            + ", if it was launched so), then start it again; the log names any other reason");
   } else {
     add("initialize-failed", "norix_initialize() returned " + resultName(result));
   }

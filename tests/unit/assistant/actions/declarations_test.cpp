@@ -140,6 +140,12 @@ TEST_F(TheFolder, WithAHugeFileIsRefused) {
   EXPECT_THAT(read(path())->findings.at(0).text, HasSubstr("more than 1048576 bytes"));
 }
 
+TEST_F(TheFolder, WithAnEmptyFileIsToldThatItIsNoJson) {
+  write("");
+
+  EXPECT_EQ(read(path())->findings.at(0).text, parse("").findings.at(0).text);
+}
+
 TEST_F(TheFolder, WithALinkToNowhereSaysWhyThereIsNothing) {
   fs::create_symlink("nowhere", file());
 
