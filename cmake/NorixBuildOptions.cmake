@@ -26,9 +26,11 @@ target_link_options(norix_build_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wl,-
 
 # norix_optimise_at_link_time(<target>…): optimises targets as a whole in optimised builds, for what every
 # request passes through. CMAKE_INTERPROCEDURAL_OPTIMIZATION decides instead where it is set. Not for
-# objects that are installed in an archive: another compiler could not read them.
+# objects that are installed in an archive: another compiler could not read them. Nor with clang, whose
+# linker reads such objects only for programs that are optimised so themselves.
 set(norix_can_optimise_at_link_time OFF)
 if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$"
+   AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"
    AND NOT DEFINED CMAKE_INTERPROCEDURAL_OPTIMIZATION)
   include(CheckIPOSupported)
   check_ipo_supported(RESULT norix_can_optimise_at_link_time OUTPUT ignored LANGUAGES CXX)
