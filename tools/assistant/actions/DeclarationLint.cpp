@@ -161,13 +161,19 @@ private:
   }
 
   void checkNoParameters(const Json &action, const std::string &pointer) {
-    const Json examples = action.value("examples", Json());
+    const Json examples = examplesOf(action);
     for (std::size_t i = 0; i < examples.size(); ++i) {
       if (examples[i].is_object() && !examples[i].empty()) {
         _lint.error(child(child(pointer, "examples"), i),
                     "an example with parameters, and the action declares none");
       }
     }
+  }
+
+  // None where it is something else, of which checkMembers() has told.
+  static Json examplesOf(const Json &owner) {
+    const Json examples = owner.value("examples", Json::array());
+    return examples.is_array() ? examples : Json::array();
   }
 
   // Parameters are filled in one by one, by people and from what was heard.
@@ -195,7 +201,7 @@ private:
   }
 
   void checkExamples(const Json &form, const Json &owner, const std::string &pointer) {
-    const Json examples = owner.value("examples", Json());
+    const Json examples = examplesOf(owner);
     for (std::size_t i = 0; i < examples.size(); ++i) {
       for (const Violation &violation : check(form, examples[i])) {
         _lint.error(child(child(pointer, "examples"), i),

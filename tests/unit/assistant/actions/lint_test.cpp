@@ -82,7 +82,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Mistake{"WhoseExampleHasAnotherForm",
                             document(R"("version":1,"actions":[],"state":{"description":"D",
 "form":{"type":"string"},"examples":[7]})"),
-                            "3:38: error: ", "the whole: expected a string, found 7"}),
+                            "3:38: error: ", "the whole: expected a string, found 7"},
+                    Mistake{"WhoseExamplesAreNoList",
+                            document(R"("version":1,"actions":[],"state":{"description":"D",
+"form":{"type":"string"},"examples":{"a":"b"}})"),
+                            "3:37: error: ", "'examples' is an array of states, not {"}),
     kNameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -108,6 +112,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "3:13: error: ", "'readOnly' is true or false, not \"yes\""},
         Mistake{"WhoseExampleIsNoObject", action(R"("examples":[1])"),
                 "3:13: error: ", "'examples' is an array of objects"},
+        Mistake{"WhoseExamplesAreNoList", action(R"("examples":true)"), "3:13: error: ",
+                "'examples' is an array of objects, each the parameters of one call, not true"},
         Mistake{"WithAnExampleAndNoParameters", action(R"("examples":[{"x":1}])"),
                 "3:14: error: ", "the action declares none"},
         Mistake{"WhoseUtteranceNamesNoParameter", action(R"("utterances":["do {what}"])"),
