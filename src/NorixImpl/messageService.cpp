@@ -57,7 +57,7 @@ void readLines(const Descriptor &file, std::unordered_set<std::string> &lines) {
   while ((size = TEMP_FAILURE_RETRY(read(file.number(), block.data(), block.size()))) > 0) {
     for (const char byte : std::string_view(block.data(), static_cast<std::size_t>(size))) {
       if (byte != '\n') {
-        line.append(&byte, 1);
+        line.append(&byte, 1); // And not push_back(), which would be one more import.
         continue;
       }
       lines.insert(line);

@@ -111,6 +111,20 @@ examples() { # CMAKE INSTALLATION SOURCE [cmake option …]
   "$installation/bin/norix-assistant" doctor "$work/light/build"
 }
 
+# The guide's way to have a program's declarations written, with the example that it is about.
+guide() { # CMAKE INSTALLATION SOURCE [cmake option …]
+  local cmake=$1 installation=$2 source=$3
+  shift 3
+  cp -r "$source/examples/music" "$work"
+  {
+    printf 'cmake_minimum_required(VERSION 3.16)\nproject(music LANGUAGES CXX)\n'
+    awk '/^```$/ { inside = 0 } inside; /^```cmake$/ { inside = 1 }' "$source/docs/writing-callbacks.md"
+  } >"$work/music/CMakeLists.txt"
+  "$cmake" -S "$work/music" -B "$work/build" -DCMAKE_PREFIX_PATH="$installation" "$@"
+  "$cmake" --build "$work/build"
+  grep -q musicVolume "$work/build/shared/res/norix-actions.json"
+}
+
 # Part of another project's build, which installs none of it.
 subproject() { # CMAKE SOURCE [cmake option …]
   local cmake=$1 source=$2
